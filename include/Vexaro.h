@@ -1,0 +1,171 @@
+// Vexaro: classification of airborne LiDAR point clouds on a GPU or the CPU.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#if defined(_WIN32)
+#define VEXARO_API __declspec(dllexport)
+#else
+#define VEXARO_API __attribute__((visibility("default")))
+#endif
+
+template <class T> class ClassifierCore;
+
+namespace vx::las {
+class LasFile;
+}
+
+namespace vexaro {
+/// Thrown when a LAS file cannot be read or written; the message names the file and the problem.
+class VEXARO_API LasError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+} // namespace vexaro
+
+/// One point as exchanged with the library: 36 bytes for float, 64 for double.
+template <class T> struct VX_Point {
+    T x, y, z;       ///< coordinates, centred on the cloud's bounding box when loaded from LAS
+    T nx, ny, nz;    ///< unit normal, exactly (0, 0, 0) when none could be computed
+    float heightIndex; ///< relative height inside the point's cell
+    int32_t classification;
+    int32_t lastReturn; ///< 1 when the return is the last of its pulse
+};
+
+/// Report of the selected compute device.
+struct CudaInfo {
+    int32_t deviceFound = 0;
+    int32_t tdrLevel = 0;
+    bool tdrKeyFound = false;
+    bool tdrLevelFound = false;
+    std::string deviceName;
+};
+
+/// The classifier. One object per point cloud; copies share the same engine.
+template <class T> class VEXARO_API Vexaro {
+public:
+    Vexaro();
+    Vexaro(const Vexaro& other);
+    Vexaro& operator=(const Vexaro& other);
+    ~Vexaro();
+
+    // --- data exchange ---
+    void loadLASFile(std::string fileName);
+    void loadDirectData(VX_Point<T>* points, int count);
+    void saveLASFile(std::string fileName);
+    void saveClassesToBuffer(short* buffer, int count);
+    bool saveNormalVectors(std::string name);
+    void clearAllMemory();
+
+    // --- settings ---
+    void setMessageLevel(int level);
+    void set_Threads(int threads);
+    void set_SoA(bool soa);
+    void set_NormalVectorDecompositionSize(double size);
+    void set_AllowedInputClasses(int* table, int count);
+
+    // --- devices ---
+    std::string setCudaDevice(int index);
+    std::map<int, std::string> getAvailableDevices();
+    CudaInfo getCudaInfo();
+    /// "auto" (CUDA when a device exists, else host), "cpu" or "cuda". Throws std::invalid_argument
+    /// for an unknown name and std::runtime_error when CUDA is asked for but unavailable.
+    void setComputeBackend(const std::string& backend);
+    /// Name of the backend in use: "cpu" or "cuda".
+    std::string computeBackend() const;
+    /// Host backend threads; 1 runs every launch in ascending index order. 0 or less: all cores.
+    void setHostThreads(int threads);
+    /// Called with the error code instead of the default print, pause and exit.
+    void setDeviceErrorHandler(std::function<void(int code)> handler);
+    /// Threshold of the loading, saving and mode messages (default 2, clamped to 0..4).
+    void setFacadeMessageLevel(int level);
+
+    // --- parameters ---
+    void set_NNSearchRange_NormalVectors(float v);
+    void set_Inner_NormalVectors(int v);
+    void set_MinimalNumberOfNN(int v);
+    void set_ResetOptionalRange(T v);
+    void set_ResetOptionalClass(int v);
+    void set_SeedSearchMaxHindeks(float v);
+    void set_GroundGrowthIterations(int v);
+    void set_GroundGrowthDistanceFromPlane(T v);
+    void set_GroundGrowthMaxCosinusPar2(float v);
+    void set_GroundGrowthMinCosinus(float v);
+    void set_GroundGrowthRange(T v);
+    void set_GroundGrowthRangeLowest(T v);
+    void set_GroundGrowthMaxHeightDifference(T v);
+    void set_LowPointFilteringRange(T v);
+    void set_BuildingRange(T v);
+    void set_BuildingGroundRange(T v);
+    void set_BuildingDfPBuilding(T v);
+    void set_BuildingMinCosBuilding(float v);
+    void set_BuildingMinNoN(int v);
+    void set_BuildingProcOfBP(float v);
+    void set_BuildingProcOfGhosts(float v);
+    void set_BuildingMinHeight(T v);
+    void set_Building2Iterations(int v);
+    void set_Building2Range(T v);
+    void set_Building2DistFPlane(T v);
+    void set_Building3Iterations(int v);
+    void set_Building3GroundRange(T v);
+    void set_Building3DetailsHeight(T v);
+    void set_VegetationIterations(int v);
+    void set_VegetationRange(T v);
+    void set_VegetationDfG(T v);
+    void set_VegetationMaxCos(float v);
+    void set_VegetationProcOfChaos(float v);
+    void set_VegetationProcOfGhosts(float v);
+    void set_VegetationProcOfOrder(float v);
+    void set_VegetationProcOfPlant(float v);
+    void set_VegetationLowLimit(T v);
+    void set_VegetationHighLimit(T v);
+    void set_VegetationRatio(float v);
+
+    // --- processing steps ---
+    void calculateNormalVectors(int planarClass, int scatterClass, int linearClass);
+    void regularGridDecomposition3D(double sx, double sy, double sz);
+    void regularGridDecomposition3Dcube(double s);
+    void regularGridDecomposition2D(double sx, double sy);
+    void resetPointCloudClasses(int newClass);
+    void gatherLowPoints(int lowClass, int groundClass);
+    void calculateHeightIndex(int referenceClass);
+    void findGroundSeed(int groundClass);
+    void performIterativeGroundGrowth(int groundClass);
+    void performGroundCorrection(int ignored);
+    void performLowPointCorrection(int groundClass, int candidateClass, int replacementClass);
+    void findBuildingSeed(int buildingClass, int groundClass, int sourceClass, int companionClass);
+    void performIterativeBuildingGrowth(int buildingClass, int groundClass, int sourceClass,
+                                        int companionClass);
+    void performVegetationClassification(int lowVegetationClass, int mediumVegetationClass,
+                                         int highVegetationClass, int groundClass, int ignored);
+
+    /// The engine; internal, exposed for the library's own tests and tools.
+    ClassifierCore<T>& engine() { return *core; }
+    /// Number of points held by the engine.
+    int pointCount() const;
+    /// Copy of the host records (gathered from the per-field arrays in that layout).
+    void copyPoints(VX_Point<T>* out, int count);
+
+private:
+    bool autoSaveNormals = false;
+    std::shared_ptr<ClassifierCore<T>> core;
+    std::shared_ptr<vx::las::LasFile> las; ///< header and records of the last loaded file (replaced, never
+                                           ///< modified, by a load, so copies may share it)
+    std::string baseName;
+    int32_t facadeMessageLevel = 2;
+    bool normalsComputed = false;
+    bool soa = true;
+    double normalVectorDecompositionSize = 0.0;
+
+    template <class Driver> void runStep(const char* mode, Driver&& driver);
+    void facadeMessage(int level, const std::string& text, const std::string& value = "");
+};
+
+extern template class Vexaro<float>;
+extern template class Vexaro<double>;

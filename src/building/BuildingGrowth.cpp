@@ -1,0 +1,3 @@
+#include "building/BuildingGrowthDriver.h"
+
+VX_INSTANTIATE_STEP(runBuildingGrowth)

@@ -1,0 +1,242 @@
+#include "core/ClassifierCore.h"
+
+#include "exec/Memory.h"
+
+#include <omp.h>
+
+#include <algorithm>
+#include <utility>
+#include <cmath>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace vx {
+
+void DeviceSoA::resetPoints()
+{
+    x.reset(), y.reset(), z.reset(), nx.reset(), ny.reset(), nz.reset(), heightIndex.reset();
+    classification.reset(), lastReturn.reset();
+}
+void DeviceSoA::resetIndex() { pointIndex.reset(), group.reset(); }
+void DeviceSoA::resetGroups() { start.reset(), end.reset(), count.reset(); }
+
+vxPointSoA DeviceSoA::points() const
+{
+    return {x.data(), y.data(), z.data(), nx.data(), ny.data(), nz.data(), heightIndex.data(),
+            classification.data(), lastReturn.data()};
+}
+vxIndexToGroupSoA DeviceSoA::index() const { return {pointIndex.data(), group.data()}; }
+vxDecompositionGroupsSoA DeviceSoA::groups() const { return {start.data(), end.data(), count.data()}; }
+
+void DeviceGroundModelSoA::reset()
+{
+    x.reset(), y.reset(), z.reset(), nx.reset(), ny.reset(), nz.reset(), hasGround.reset();
+}
+vxGroundModelSoA DeviceGroundModelSoA::view() const
+{
+    return {x.data(), y.data(), z.data(), nx.data(), ny.data(), nz.data(), hasGround.data()};
+}
+
+namespace {
+
+void defaultDeviceErrorHandler(int)
+{
+    // Deliberately drastic: a device error leaves no trustworthy state to recover from.
+    int ignored = std::system("pause");
+    (void)ignored;
+    std::exit(0);
+}
+
+} // namespace
+} // namespace vx
+
+using namespace vx;
+
+template <class T> ClassifierCore<T>::ClassifierCore() : deviceErrorHandler(defaultDeviceErrorHandler)
+{
+    msg.threshold = 2;
+}
+
+template <class T> Backend ClassifierCore<T>::backend()
+{
+    if (!backendResolved) {
+        resolvedBackend = Backend::Host;
+        if (backendChoice != BackendChoice::Cpu && cudaDeviceCount() > 0) resolvedBackend = Backend::Cuda;
+        backendResolved = true;
+    }
+    return resolvedBackend;
+}
+
+template <class T> void ClassifierCore<T>::chooseBackend(BackendChoice choice)
+{
+    if (choice == BackendChoice::Cuda && cudaDeviceCount() < 1) {
+        throw std::runtime_error(cudaCompiled() ? "the CUDA backend was asked for but no CUDA device answers"
+                                                : "the CUDA backend was asked for but this build has no CUDA support");
+    }
+    // Data already on one backend cannot be read by the other: start again from the host copy.
+    if (backendResolved) {
+        clearAllMemory();
+    }
+    backendChoice = choice;
+    backendResolved = false;
+}
+
+template <class T> Device ClassifierCore<T>::device()
+{
+    auto devices = listDevices(backend());
+    for (const auto& d : devices)
+        if (d.index == deviceIndex) return d;
+    return devices.empty() ? Device{} : devices.front();
+}
+
+template <class T> int ClassifierCore<T>::effectiveHostThreads() const
+{
+    return hostThreads > 0 ? hostThreads : std::max(1, omp_get_max_threads());
+}
+
+template <class T> LaunchConfig ClassifierCore<T>::launchConfig(int n)
+{
+    LaunchConfig cfg;
+    // A thread count of 0 or less would divide by zero; one thread per block is the nearest
+    // meaningful request.
+    cfg.threads = std::max(1, std::min(threads, device().maxThreadsPerBlock));
+    cfg.blocks = std::max(0, n) / cfg.threads + 1;
+    cfg.hostThreads = effectiveHostThreads();
+    msg(0, "Threads: ", cfg.threads);
+    msg(0, "Blocks: ", cfg.blocks);
+    return cfg;
+}
+
+template <class T> LaunchConfig ClassifierCore<T>::fullBlockConfig(int n)
+{
+    LaunchConfig cfg;
+    cfg.threads = std::max(1, device().maxThreadsPerBlock);
+    cfg.blocks = std::max(0, n) / cfg.threads + 1;
+    cfg.hostThreads = effectiveHostThreads();
+    return cfg;
+}
+
+template <class T> int ClassifierCore<T>::checkDeviceError()
+{
+    int code = mem::synchronize(backend());
+    if (code == 0 && pendingError != 0) std::swap(code, pendingError);
+    if (code == 0) return 0;
+    msg(1, "ERROR! CUDA returned code: ", code);
+    if (deviceErrorHandler) deviceErrorHandler(code);
+    return code;
+}
+
+namespace {
+template <class T> int firstNonFinite(const VX_Point<T>* points, int count)
+{
+    for (int i = 0; i < count; ++i)
+        if (!std::isfinite(points[i].x) || !std::isfinite(points[i].y) || !std::isfinite(points[i].z)) return i;
+    return -1;
+}
+} // namespace
+
+// The per-field host arrays are made when the cloud is uploaded in that layout, not here, so
+// loading a large file holds one copy of the records only.
+template <class T> bool ClassifierCore<T>::setData(const VX_Point<T>* points, int count)
+{
+    if (!points) {
+        dataLoaded = false;
+        return false;
+    }
+    if (count < 0) count = 0;
+    if (int bad = firstNonFinite(points, count); bad >= 0) {
+        // Cells cannot be computed for such a point; keep whatever was loaded before.
+        msg(0, "ERROR! Non-finite coordinate, cloud not loaded. Point:", bad);
+        return false;
+    }
+    dataLoaded = true;
+    hostPoints.assign(points, points + count);
+    hostPointCount = count;
+    hostSoA = {};
+    return true;
+}
+
+template <class T> bool ClassifierCore<T>::setData(std::vector<VX_Point<T>>&& records)
+{
+    const int count = static_cast<int>(records.size());
+    if (int bad = firstNonFinite(records.data(), count); bad >= 0) {
+        msg(0, "ERROR! Non-finite coordinate, cloud not loaded. Point:", bad);
+        return false;
+    }
+    dataLoaded = true;
+    hostPoints = std::move(records);
+    hostPointCount = count;
+    hostSoA = {};
+    return true;
+}
+
+template <class T> void ClassifierCore<T>::fillStaging()
+{
+    const int count = static_cast<int>(hostPoints.size());
+    auto& h = hostSoA;
+    h.x.resize(count), h.y.resize(count), h.z.resize(count);
+    h.nx.resize(count), h.ny.resize(count), h.nz.resize(count), h.heightIndex.resize(count);
+    h.classification.resize(count), h.lastReturn.resize(count);
+    for (int i = 0; i < count; ++i) {
+        const auto& p = hostPoints[i];
+        h.x[i] = static_cast<float>(p.x), h.y[i] = static_cast<float>(p.y), h.z[i] = static_cast<float>(p.z);
+        h.nx[i] = static_cast<float>(p.nx), h.ny[i] = static_cast<float>(p.ny), h.nz[i] = static_cast<float>(p.nz);
+        h.heightIndex[i] = p.heightIndex;
+        h.classification[i] = p.classification;
+        h.lastReturn[i] = p.lastReturn;
+    }
+}
+
+template <class T> VX_Point<T>* ClassifierCore<T>::getHostPoints(int& count)
+{
+    count = static_cast<int>(hostPoints.size());
+    const auto& h = hostSoA;
+    if (!hostPoints.empty() && h.x.size() == hostPoints.size() && h.classification.size() == hostPoints.size()) {
+        // Per-field arrays carry the latest results in this layout. Coordinates stay those of the
+        // host records: the per-field copies are only single precision.
+        for (int i = 0; i < count; ++i) {
+            auto& p = hostPoints[i];
+            p.nx = static_cast<T>(h.nx[i]), p.ny = static_cast<T>(h.ny[i]), p.nz = static_cast<T>(h.nz[i]);
+            p.heightIndex = h.heightIndex[i];
+            p.classification = h.classification[i];
+            p.lastReturn = h.lastReturn[i];
+        }
+    }
+    return hostPoints.data();
+}
+
+template <class T> void ClassifierCore<T>::setAllowedClasses(const int* table, int count)
+{
+    allowedClasses.reset();
+    allowedClassesCount = 0;
+    checkDeviceError();
+    if (!table || count <= 0) return;
+    allowedClasses.allocate(backend(), static_cast<size_t>(count));
+    checkDeviceError();
+    allowedClasses.upload(table, static_cast<size_t>(count));
+    allowedClassesCount = count;
+    checkDeviceError();
+}
+
+template <class T> void ClassifierCore<T>::clearAllMemory()
+{
+    msg(1, "Clearing Memories!");
+    devicePoints.reset(), deviceIndexToGroup.reset(), deviceGroups.reset();
+    deviceSoA.resetPoints(), deviceSoA.resetIndex(), deviceSoA.resetGroups();
+    allowedClasses.reset();
+    allowedClassesCount = 0;
+    groundModel.reset();
+    groundModelSoA.reset();
+    hostPoints = {};
+    hostSoA = {};
+    hostIndexToGroup = {};
+    hostGroups = {};
+    hostPointCount = hostGroupCount = 0;
+    pointCount = 0;
+    groupCount = 0;
+    dataLoaded = false;
+    checkDeviceError();
+}
+
+template class ClassifierCore<float>;
+template class ClassifierCore<double>;

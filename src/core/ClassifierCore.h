@@ -1,0 +1,155 @@
+// The engine behind a Vexaro object: run settings, parameters, class slots, the host copy of
+// the cloud and every backend array. Drivers read and write it directly.
+#pragma once
+
+#include "core/Messenger.h"
+#include "core/Parameters.h"
+#include "exec/Backend.h"
+#include "exec/Buffer.h"
+#include "exec/Launch.h"
+#include "grid/GridTypes.h"
+#include "grid/Layouts.h"
+#include "ground/GroundModel.h"
+
+#include <Vexaro.h>
+
+#include <functional>
+#include <vector>
+
+namespace vx {
+
+enum class BackendChoice { Auto, Cpu, Cuda };
+
+/// Host copies of the per-field arrays.
+struct HostSoA {
+    std::vector<float> x, y, z, nx, ny, nz, heightIndex;
+    std::vector<int32_t> classification, lastReturn;
+    std::vector<int32_t> pointIndex, group;
+    std::vector<int32_t> start, end, count;
+};
+
+/// Backend copies of the per-field arrays.
+struct DeviceSoA {
+    Buffer<float> x, y, z, nx, ny, nz, heightIndex;
+    Buffer<int32_t> classification, lastReturn;
+    Buffer<int32_t> pointIndex, group;
+    Buffer<int32_t> start, end, count;
+    void resetPoints();
+    void resetIndex();
+    void resetGroups();
+    vxPointSoA points() const;
+    vxIndexToGroupSoA index() const;
+    vxDecompositionGroupsSoA groups() const;
+};
+
+struct DeviceGroundModelSoA {
+    Buffer<float> x, y, z, nx, ny, nz;
+    Buffer<bool> hasGround;
+    void reset();
+    vxGroundModelSoA view() const;
+};
+
+} // namespace vx
+
+template <class T> class ClassifierCore {
+public:
+    ClassifierCore();
+    ~ClassifierCore() = default;
+    ClassifierCore(const ClassifierCore&) = delete;
+    ClassifierCore& operator=(const ClassifierCore&) = delete;
+
+    // --- run settings ---
+    int32_t threads = 256;
+    bool dataLoaded = false;
+    int32_t deviceIndex = 0;
+    bool soa = true;
+    vx::Messenger msg; ///< threshold = the engine's message level
+    vx::BackendChoice backendChoice = vx::BackendChoice::Auto;
+    int hostThreads = 0; ///< 0: every core
+    std::function<void(int)> deviceErrorHandler;
+    /// An error code the next device check reports as if the backend had raised it; lets tests
+    /// exercise the error path on a backend that never fails.
+    int pendingError = 0;
+
+    // --- class slots and parameters ---
+    vx::ClassSlots slots;
+    vx::Parameters<T> par;
+
+    // --- host data ---
+    std::vector<VX_Point<T>> hostPoints;
+    vx::HostSoA hostSoA;
+    std::vector<VX_IndexToGroup> hostIndexToGroup;
+    std::vector<VX_DecompositionGroups> hostGroups;
+    int32_t hostPointCount = 0;
+    int32_t hostGroupCount = 0;
+
+    // --- backend data ---
+    int32_t pointCount = 0;
+    int32_t groupCount = 0;
+    VX_DecompositionGridParameters<T> gridParameters;
+    vx::Buffer<VX_Point<T>> devicePoints;
+    vx::Buffer<VX_IndexToGroup> deviceIndexToGroup;
+    vx::Buffer<VX_DecompositionGroups> deviceGroups;
+    vx::DeviceSoA deviceSoA;
+    vx::Buffer<int32_t> allowedClasses;
+    int32_t allowedClassesCount = 0;
+    vx::Buffer<VX_GroundModel<T>> groundModel;
+    vx::DeviceGroundModelSoA groundModelSoA;
+
+    // --- backend ---
+    /// The backend in use; resolved on first use from the choice and the hardware present.
+    vx::Backend backend();
+    void chooseBackend(vx::BackendChoice choice);
+    vx::Device device();
+    int effectiveHostThreads() const;
+
+    /// Threads per block and blocks for n threads, printed as "Threads: " and "Blocks: ".
+    vx::LaunchConfig launchConfig(int n);
+    /// The decomposition's own shape: the device maximum of threads per block, no message.
+    vx::LaunchConfig fullBlockConfig(int n);
+    /// Waits for the backend; on an error prints it and hands the code to the error handler.
+    int checkDeviceError();
+
+    // --- data ---
+    /// Takes a copy of count records; false (and not loaded) for a null pointer.
+    bool setData(const VX_Point<T>* points, int count);
+    /// The same, taking over records the caller no longer needs instead of copying them.
+    bool setData(std::vector<VX_Point<T>>&& records);
+    /// The host records, gathered first from the per-field arrays in that layout.
+    VX_Point<T>* getHostPoints(int& count);
+    bool syncToHost();
+    /// Per-field host arrays made from the records.
+    void fillStaging();
+    void uploadPoints();
+    bool decompose(double sx, double sy, double sz);
+    /// True when the arrays of the current layout exist for pointCount points; otherwise says
+    /// that a decomposition must run first. Every step driver starts with it.
+    bool requireGrid();
+    void setAllowedClasses(const int* table, int count);
+    void clearAllMemory();
+
+    // --- views for kernels ---
+    vx::AosPoints<T> aosPoints() const { return {devicePoints.data()}; }
+    vx::AosIndex aosIndex() const { return {deviceIndexToGroup.data()}; }
+    vx::AosGroups aosGroups() const { return {deviceGroups.data()}; }
+    vx::SoaPoints soaPoints() const { return {deviceSoA.points()}; }
+    vx::SoaIndex soaIndex() const { return {deviceSoA.index()}; }
+    vx::SoaGroups soaGroups() const { return {deviceSoA.groups()}; }
+    vx::AllowedClasses allowed() const { return {allowedClasses.data(), allowedClassesCount}; }
+
+    /// Runs hostFn or cudaFn with the engine, by the backend in use.
+    template <class H, class C> void run(H hostFn, C cudaFn)
+    {
+#ifdef VEXARO_HAVE_CUDA
+        if (backend() == vx::Backend::Cuda) return cudaFn(*this);
+#endif
+        hostFn(*this);
+    }
+
+private:
+    bool backendResolved = false;
+    vx::Backend resolvedBackend = vx::Backend::Host;
+};
+
+extern template class ClassifierCore<float>;
+extern template class ClassifierCore<double>;

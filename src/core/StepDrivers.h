@@ -1,0 +1,31 @@
+// Backend entry points of every processing step. Each driver picks its array-of-structures or
+// structure-of-arrays form by the engine's layout flag.
+#pragma once
+
+template <class T> class ClassifierCore;
+
+#define VX_DECLARE_STEP(name)                                                                                          \
+    namespace vx::host {                                                                                               \
+    template <class T> void name(ClassifierCore<T>& c);                                                                \
+    }                                                                                                                  \
+    namespace vx::cuda {                                                                                               \
+    template <class T> void name(ClassifierCore<T>& c);                                                                \
+    }
+
+VX_DECLARE_STEP(runNormals)
+VX_DECLARE_STEP(runHeightIndex)
+VX_DECLARE_STEP(runResetClasses)
+VX_DECLARE_STEP(runLowPoints)
+VX_DECLARE_STEP(runGroundSeeds)
+VX_DECLARE_STEP(runGroundGrowth)
+VX_DECLARE_STEP(runLowPointCorrection)
+VX_DECLARE_STEP(runBuildingSeeds)
+VX_DECLARE_STEP(runBuildingGrowth)
+VX_DECLARE_STEP(runVegetation)
+
+#undef VX_DECLARE_STEP
+
+/// Explicit instantiations of a driver for both precisions, in the backend of this unit.
+#define VX_INSTANTIATE_STEP(name)                                                                                      \
+    template void vx::VX_BACKEND_NS::name<float>(ClassifierCore<float>&);                                              \
+    template void vx::VX_BACKEND_NS::name<double>(ClassifierCore<double>&);

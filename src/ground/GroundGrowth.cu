@@ -1,0 +1,3 @@
+#include "ground/GroundGrowthDriver.h"
+
+VX_INSTANTIATE_STEP(runGroundGrowth)

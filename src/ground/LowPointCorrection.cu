@@ -1,0 +1,3 @@
+#include "ground/LowPointCorrectionDriver.h"
+
+VX_INSTANTIATE_STEP(runLowPointCorrection)

@@ -1,0 +1,3 @@
+#include "ground/LowPointsDriver.h"
+
+VX_INSTANTIATE_STEP(runLowPoints)

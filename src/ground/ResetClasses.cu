@@ -1,0 +1,3 @@
+#include "ground/ResetClassesDriver.h"
+
+VX_INSTANTIATE_STEP(runResetClasses)

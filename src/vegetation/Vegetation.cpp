@@ -1,0 +1,3 @@
+#include "vegetation/VegetationDriver.h"
+
+VX_INSTANTIATE_STEP(runVegetation)

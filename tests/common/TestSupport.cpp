@@ -1,0 +1,49 @@
+#include "common/TestSupport.h"
+
+#include "exec/Backend.h"
+
+namespace vxtest {
+
+std::vector<std::string> CaptureStdout::lines() const
+{
+    std::vector<std::string> out;
+    std::istringstream in(buffer_.str());
+    std::string line;
+    while (std::getline(in, line)) out.push_back(line);
+    return out;
+}
+
+bool cudaAvailable() { return vx::cudaDeviceCount() > 0; }
+
+std::vector<std::string> availableBackends()
+{
+    std::vector<std::string> b{"cpu"};
+    if (cudaAvailable()) b.push_back("cuda");
+    return b;
+}
+
+std::vector<Setting> allSettings()
+{
+    std::vector<Setting> s;
+    for (const std::string b : {"cpu", "cuda"}) {
+        s.push_back({b, false});
+        s.push_back({b, true});
+    }
+    return s;
+}
+
+std::string settingName(const ::testing::TestParamInfo<Setting>& info)
+{
+    return info.param.backend + (info.param.soa ? "_SoA" : "_AoS");
+}
+
+std::vector<int> allowTable(std::initializer_list<int> admitted)
+{
+    std::vector<int> t(256, 0);
+    for (int c : admitted) t.at(c) = 1;
+    return t;
+}
+
+std::string dataFile(const std::string& name) { return std::string(VEXARO_DATA_DIR) + "/" + name; }
+
+} // namespace vxtest
