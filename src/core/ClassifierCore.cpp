@@ -137,6 +137,12 @@ template <class T> int firstNonFinite(const VX_Point<T>* points, int count)
 
 // The per-field host arrays are made when the cloud is uploaded in that layout, not here, so
 // loading a large file holds one copy of the records only.
+template <class T> void ClassifierCore<T>::memoryInfo(std::size_t& freeBytes, std::size_t& totalBytes)
+{
+    mem::info(backend(), freeBytes, totalBytes);
+    if (freeMemoryCap > 0 && freeBytes > freeMemoryCap) freeBytes = freeMemoryCap;
+}
+
 template <class T> bool ClassifierCore<T>::setData(const VX_Point<T>* points, int count)
 {
     if (!points) {

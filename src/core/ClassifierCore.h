@@ -70,6 +70,10 @@ public:
     /// An error code the next device check reports as if the backend had raised it; lets tests
     /// exercise the error path on a backend that never fails.
     int pendingError = 0;
+    /// Upper bound on the free memory the engine believes it has (0: none); bounds the grid's
+    /// bookkeeping below what the backend offers.
+    std::size_t freeMemoryCap = 0;
+    void memoryInfo(std::size_t& freeBytes, std::size_t& totalBytes);
 
     // --- class slots and parameters ---
     vx::ClassSlots slots;

@@ -64,7 +64,7 @@ void buildRuns(ClassifierCore<T>& c, Points pts, Index itg, Groups groups, bool 
 
     c.msg(4, "Getting groups index");
     std::size_t freeBytes = 0, totalBytes = 0;
-    mem::info(c.backend(), freeBytes, totalBytes);
+    c.memoryInfo(freeBytes, totalBytes);
     c.msg(4, "Free memory", static_cast<double>(freeBytes) / 1e9);
     launch(byPoint, n, GetGroupIndex<T, Points, Index>{pts, itg, c.gridParameters});
     c.checkDeviceError();

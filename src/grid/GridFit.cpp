@@ -36,7 +36,7 @@ template <class T> GridFit fitGrid(ClassifierCore<T>& c, double sx, double sy, d
             groups = cx * cy * cz;
 
         std::size_t freeBytes = 0, totalBytes = 0;
-        mem::info(c.backend(), freeBytes, totalBytes);
+        c.memoryInfo(freeBytes, totalBytes);
         const double needed = groups < 0 ? std::numeric_limits<double>::infinity()
                                          : static_cast<double>(c.pointCount) * 8.0 + static_cast<double>(groups) * 12.0;
         c.msg(4, "Free memory", static_cast<double>(freeBytes) / 1e9);

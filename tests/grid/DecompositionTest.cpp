@@ -1,0 +1,304 @@
+#include "common/TestSupport.h"
+
+#include <random>
+
+using namespace vxtest;
+
+namespace {
+
+template <class T> std::vector<VX_Point<T>> randomCloud(int n, T ex, T ey, T ez, unsigned seed)
+{
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> u(0.0, 1.0);
+    std::vector<VX_Point<T>> pts;
+    for (int i = 0; i < n; ++i)
+        pts.push_back(point<T>(T(u(rng) * ex - ex / 2), T(u(rng) * ey - ey / 2), T(u(rng) * ez), 1));
+    return pts;
+}
+
+template <class T> void decomposeQuietly(Vexaro<T>& v, double sx, double sy, double sz)
+{
+    CaptureStdout quiet;
+    v.regularGridDecomposition3D(sx, sy, sz);
+}
+
+} // namespace
+
+class Decomposition : public SettingTest {};
+
+TEST_P(Decomposition, PointOnTheMaximumLandsInTheLastCell)
+{
+    Vexaro<float> v;
+    configure(v, GetParam());
+    std::vector<VX_Point<float>> pts{point<float>(0, 0, 0), point<float>(10, 0, 0), point<float>(4, 0, 0)};
+    v.loadDirectData(pts.data(), 3);
+    decomposeQuietly(v, 2.5, 1, 1);
+    const auto& g = v.engine().gridParameters;
+    EXPECT_EQ(g.cellsX, 5); // trunc(10 / 2.5 + 1)
+    EXPECT_EQ(g.cellsY, 1);
+    EXPECT_EQ(g.cellsZ, 1);
+    EXPECT_EQ(v.engine().groupCount, 5);
+    // Sorted links: point 0 in cell 0, point 2 in cell 1, point 1 in cell 4 = cellsX - 1.
+    const auto& e = v.engine();
+    std::vector<int> idx = GetParam().soa ? e.hostSoA.pointIndex : std::vector<int>{};
+    std::vector<int> grp = GetParam().soa ? e.hostSoA.group : std::vector<int>{};
+    if (!GetParam().soa)
+        for (const auto& l : e.hostIndexToGroup) idx.push_back(l.pointIndex), grp.push_back(l.group);
+    EXPECT_EQ(idx, (std::vector<int>{0, 2, 1}));
+    EXPECT_EQ(grp, (std::vector<int>{0, 1, 4}));
+}
+
+TEST_P(Decomposition, ZeroExtentGivesOneCell)
+{
+    Vexaro<double> v;
+    configure(v, GetParam());
+    std::vector<VX_Point<double>> pts{point<double>(1, 5, 2), point<double>(1, 5, 2), point<double>(1, 5, 2)};
+    v.loadDirectData(pts.data(), 3);
+    decomposeQuietly(v, 1, 1, 1);
+    const auto& g = v.engine().gridParameters;
+    EXPECT_EQ(g.cellsX, 1);
+    EXPECT_EQ(g.cellsY, 1);
+    EXPECT_EQ(g.cellsZ, 1);
+}
+
+TEST_P(Decomposition, PlanarGridIsOneLayerTallerThanTheCloud)
+{
+    Vexaro<float> v;
+    configure(v, GetParam());
+    auto pts = randomCloud<float>(200, 10, 10, 1, 3);
+    pts[0].z = 0, pts[1].z = 30;
+    v.loadDirectData(pts.data(), 200);
+    {
+        CaptureStdout quiet;
+        v.regularGridDecomposition2D(1, 1);
+    }
+    const auto& g = v.engine().gridParameters;
+    EXPECT_EQ(g.cellsZ, 1);
+    EXPECT_EQ(g.sizeZ, 130.f);
+}
+
+TEST_P(Decomposition, OnePointCloudHasOneRun)
+{
+    Vexaro<float> v;
+    configure(v, GetParam());
+    std::vector<VX_Point<float>> pts{point<float>(3, 4, 5)};
+    v.loadDirectData(pts.data(), 1);
+    decomposeQuietly(v, 1, 1, 1);
+    const auto& e = v.engine();
+    ASSERT_EQ(e.groupCount, 1);
+    if (GetParam().soa) {
+        EXPECT_EQ(e.hostSoA.start[0], 0);
+        EXPECT_EQ(e.hostSoA.end[0], 1);
+        EXPECT_EQ(e.hostSoA.count[0], 1);
+    } else {
+        EXPECT_EQ(e.hostGroups[0].start, 0);
+        EXPECT_EQ(e.hostGroups[0].end, 1);
+        EXPECT_EQ(e.hostGroups[0].count, 1);
+    }
+}
+
+TEST_P(Decomposition, PointsOfOneCellKeepAscendingIndexOrder)
+{
+    Vexaro<float> v;
+    configure(v, GetParam());
+    auto pts = randomCloud<float>(5000, 20, 20, 5, 11);
+    v.loadDirectData(pts.data(), 5000);
+    decomposeQuietly(v, 2, 2, 2);
+    const auto& e = v.engine();
+    std::vector<int> idx, grp;
+    if (GetParam().soa)
+        idx = e.hostSoA.pointIndex, grp = e.hostSoA.group;
+    else
+        for (const auto& l : e.hostIndexToGroup) idx.push_back(l.pointIndex), grp.push_back(l.group);
+    ASSERT_EQ(idx.size(), 5000u);
+    for (size_t j = 1; j < idx.size(); ++j) {
+        ASSERT_LE(grp[j - 1], grp[j]);
+        if (grp[j - 1] == grp[j]) ASSERT_LT(idx[j - 1], idx[j]);
+    }
+}
+
+TEST_P(Decomposition, RunsCoverTheSortedLinksExactly)
+{
+    Vexaro<double> v;
+    configure(v, GetParam());
+    auto pts = randomCloud<double>(3000, 30, 10, 8, 5);
+    v.loadDirectData(pts.data(), 3000);
+    decomposeQuietly(v, 1.5, 1.5, 1.5);
+    const auto& e = v.engine();
+    const bool soa = GetParam().soa;
+    long total = 0;
+    for (int c = 0; c < e.groupCount; ++c) {
+        const int start = soa ? e.hostSoA.start[c] : e.hostGroups[c].start;
+        const int end = soa ? e.hostSoA.end[c] : e.hostGroups[c].end;
+        const int count = soa ? e.hostSoA.count[c] : e.hostGroups[c].count;
+        if (start == -1) {
+            EXPECT_EQ(end, -1);
+            EXPECT_EQ(count, 0);
+            continue;
+        }
+        EXPECT_EQ(count, end - start);
+        for (int j = start; j < end; ++j) EXPECT_EQ(soa ? e.hostSoA.group[j] : e.hostIndexToGroup[j].group, c);
+        total += count;
+    }
+    EXPECT_EQ(total, 3000);
+}
+
+TEST_P(Decomposition, MessagesOfTheDispatchAndTheSynchronisation)
+{
+    Vexaro<float> v;
+    configure(v, GetParam(), 2);
+    auto pts = randomCloud<float>(100, 10, 10, 10, 1);
+    pts[0].x = -5, pts[0].y = -5, pts[0].z = 0;
+    pts[1].x = 5, pts[1].y = 5, pts[1].z = 10; // extent 10 / 5 + 1 = 3 cells a side
+    v.loadDirectData(pts.data(), 100);
+    CaptureStdout out;
+    v.regularGridDecomposition3Dcube(5.0);
+    auto lines = out.lines();
+    const bool soa = GetParam().soa;
+    std::vector<std::string> head = soa ? std::vector<std::string>{"Standard decomposition ", "SoA decomposition ",
+                                                                    "Standard ", "SoA ", "Generating groups:  27"}
+                                        : std::vector<std::string>{"Standard decomposition ", "Standard ",
+                                                                    "Generating groups:  27"};
+    ASSERT_GE(lines.size(), head.size() + 4);
+    for (size_t k = 0; k < head.size(); ++k) EXPECT_EQ(lines[k], head[k]);
+    size_t k = head.size();
+    EXPECT_EQ(lines[k].rfind("Time: ", 0), 0u);
+    EXPECT_EQ(lines[k].substr(lines[k].size() - 2), " s");
+    EXPECT_EQ(lines[k + 1].substr(lines[k + 1].size() - 3), " ms");
+    EXPECT_EQ(lines[k + 2], "Syncing Cuda to Host  100");
+    EXPECT_EQ(lines[k + 3], "Groups  27");
+    if (soa) {
+        ASSERT_EQ(lines.size(), k + 6);
+        EXPECT_EQ(lines[k + 4], "Soa sync ");
+        EXPECT_EQ(lines[k + 5], "Copy ");
+    } else {
+        EXPECT_EQ(lines.size(), k + 4);
+    }
+}
+
+TEST_P(Decomposition, WithoutACloudNothingHappensButTheSynchronisation)
+{
+    Vexaro<float> v;
+    configure(v, GetParam(), 2);
+    CaptureStdout out;
+    v.regularGridDecomposition3Dcube(1.0);
+    EXPECT_EQ(out.text(), "Syncing Cuda to Host  0\nGroups  0\n");
+}
+
+TEST_P(Decomposition, NotEnoughMemoryGrowsEveryEdgeByHalfAUnit)
+{
+    Vexaro<float> v;
+    configure(v, GetParam(), 1);
+    auto pts = randomCloud<float>(100, 100, 100, 1, 2);
+    pts[0].x = -50, pts[1].x = 50, pts[0].y = -50, pts[1].y = 50, pts[0].z = 0, pts[1].z = 0.5f;
+    v.loadDirectData(pts.data(), 100);
+    // 101 x 101 x 1 cells need 122,412 + 800 bytes; allow 80 % of 100,000 so the grid must grow.
+    v.engine().freeMemoryCap = 100000;
+    CaptureStdout out;
+    v.regularGridDecomposition3D(1.0, 1.0, 1.0);
+    auto lines = out.lines();
+    std::vector<std::string> grow;
+    for (const auto& l : lines)
+        if (l.rfind("Not enough memory", 0) == 0) grow.push_back(l);
+    ASSERT_FALSE(grow.empty());
+    EXPECT_EQ(grow[0], "Not enough memory, increasing groups size:  1.5");
+    const auto& g = v.engine().gridParameters;
+    const double edge = 1.0 + 0.5 * grow.size();
+    EXPECT_EQ(grow.back(), "Not enough memory, increasing groups size:  " + vx::toText(edge));
+    EXPECT_FLOAT_EQ(g.sizeX, float(edge));
+    EXPECT_FLOAT_EQ(g.sizeY, float(edge));
+    EXPECT_FLOAT_EQ(g.sizeZ, float(edge));
+    EXPECT_LE(100 * 8 + v.engine().groupCount * 12, 80000);
+}
+
+TEST_P(Decomposition, HugeExtentNeverWrapsTheCellCount)
+{
+    Vexaro<double> v;
+    configure(v, GetParam(), 0);
+    std::vector<VX_Point<double>> pts{point<double>(-1e9, -1e9, 0), point<double>(1e9, 1e9, 1e6),
+                                      point<double>(0, 0, 0)};
+    v.loadDirectData(pts.data(), 3);
+    v.engine().freeMemoryCap = 1 << 20;
+    decomposeQuietly(v, 0.01, 0.01, 0.01);
+    const auto& e = v.engine();
+    EXPECT_GT(e.groupCount, 0);
+    EXPECT_LE(3 * 8 + static_cast<double>(e.groupCount) * 12, 0.8 * (1 << 20));
+    EXPECT_EQ(static_cast<long long>(e.gridParameters.cellsX) * e.gridParameters.cellsY * e.gridParameters.cellsZ,
+              e.groupCount);
+}
+
+TEST_P(Decomposition, AbsurdCellEdgesAreRefused)
+{
+    Vexaro<float> v;
+    configure(v, GetParam(), 0);
+    auto pts = randomCloud<float>(10, 1, 1, 1, 4);
+    v.loadDirectData(pts.data(), 10);
+    CaptureStdout out;
+    v.regularGridDecomposition3D(0.0, 1.0, 1.0);
+    EXPECT_EQ(out.lines().at(0).rfind("ERROR! Cell edges must be positive and finite", 0), 0u);
+    EXPECT_EQ(v.engine().groupCount, 0);
+}
+
+TEST_P(Decomposition, HostKeepsThePointsInInputOrder)
+{
+    Vexaro<float> v;
+    configure(v, GetParam());
+    auto pts = randomCloud<float>(500, 10, 10, 10, 9);
+    v.loadDirectData(pts.data(), 500);
+    decomposeQuietly(v, 1, 1, 1);
+    auto back = points(v);
+    ASSERT_EQ(back.size(), pts.size());
+    for (size_t i = 0; i < pts.size(); ++i) {
+        EXPECT_EQ(back[i].x, pts[i].x);
+        EXPECT_EQ(back[i].classification, pts[i].classification);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Grid, Decomposition, ::testing::ValuesIn(allSettings()), settingName);
+
+TEST(DecompositionLayouts, FieldAndRecordLayoutsGiveIdenticalLinksAndRuns)
+{
+    struct Shape {
+        int n;
+        float ex, ey, ez;
+        double edge;
+    };
+    for (const Shape s : {Shape{50, 5, 5, 5, 1.0}, Shape{2000, 100, 20, 3, 1.5}, Shape{20000, 40, 40, 40, 2.0},
+                          Shape{777, 0.0f, 10, 10, 0.5}}) {
+        auto pts = randomCloud<float>(s.n, s.ex, s.ey, s.ez, static_cast<unsigned>(s.n));
+        Vexaro<float> aos, soa;
+        configure(aos, {"cpu", false});
+        configure(soa, {"cpu", true});
+        aos.loadDirectData(pts.data(), s.n);
+        soa.loadDirectData(pts.data(), s.n);
+        decomposeQuietly(aos, s.edge, s.edge, s.edge);
+        decomposeQuietly(soa, s.edge, s.edge, s.edge);
+        const auto& a = aos.engine();
+        const auto& b = soa.engine();
+        ASSERT_EQ(a.groupCount, b.groupCount);
+        for (int j = 0; j < s.n; ++j) {
+            ASSERT_EQ(a.hostIndexToGroup[j].pointIndex, b.hostSoA.pointIndex[j]);
+            ASSERT_EQ(a.hostIndexToGroup[j].group, b.hostSoA.group[j]);
+        }
+        for (int c = 0; c < a.groupCount; ++c) {
+            ASSERT_EQ(a.hostGroups[c].start, b.hostSoA.start[c]);
+            ASSERT_EQ(a.hostGroups[c].end, b.hostSoA.end[c]);
+            ASSERT_EQ(a.hostGroups[c].count, b.hostSoA.count[c]);
+        }
+    }
+}
+
+TEST(DecompositionLayouts, FieldLayoutUploadsRecordsAndFieldArrays)
+{
+    Vexaro<float> v;
+    configure(v, {"cpu", true});
+    auto pts = randomCloud<float>(64, 4, 4, 4, 8);
+    v.loadDirectData(pts.data(), 64);
+    decomposeQuietly(v, 1, 1, 1);
+    const auto& e = v.engine();
+    EXPECT_EQ(e.devicePoints.size(), 64u);
+    EXPECT_EQ(e.deviceSoA.x.size(), 64u);
+    EXPECT_EQ(e.deviceSoA.classification.size(), 64u);
+    EXPECT_EQ(e.deviceSoA.lastReturn.size(), 64u);
+    EXPECT_EQ(e.hostSoA.x.size(), 64u);
+}
