@@ -73,12 +73,25 @@ template <class T> void ClassifierCore<T>::chooseBackend(BackendChoice choice)
         throw std::runtime_error(cudaCompiled() ? "the CUDA backend was asked for but no CUDA device answers"
                                                 : "the CUDA backend was asked for but this build has no CUDA support");
     }
-    // Data already on one backend cannot be read by the other: start again from the host copy.
-    if (backendResolved) {
-        clearAllMemory();
-    }
     backendChoice = choice;
+    if (!backendResolved) return;
+    const Backend next = (choice != BackendChoice::Cpu && cudaDeviceCount() > 0) ? Backend::Cuda : Backend::Host;
+    if (next == resolvedBackend) return;
+    // Arrays of one backend cannot be read by the other: keep the host copy and the table,
+    // drop the rest; the next decomposition uploads again.
+    if (devicePoints) syncToHost();
+    devicePoints.reset(), deviceIndexToGroup.reset(), deviceGroups.reset();
+    deviceSoA.resetPoints(), deviceSoA.resetIndex(), deviceSoA.resetGroups();
+    groundModel.reset();
+    groundModelSoA.reset();
+    pointCount = groupCount = 0;
     backendResolved = false;
+    if (!allowedHostCopy.empty()) {
+        allowedClasses.allocate(backend(), allowedHostCopy.size());
+        allowedClasses.upload(allowedHostCopy.data(), allowedHostCopy.size());
+    } else {
+        allowedClasses.reset();
+    }
 }
 
 template <class T> Device ClassifierCore<T>::device()
@@ -215,8 +228,10 @@ template <class T> void ClassifierCore<T>::setAllowedClasses(const int* table, i
 {
     allowedClasses.reset();
     allowedClassesCount = 0;
+    allowedHostCopy.clear();
     checkDeviceError();
     if (!table || count <= 0) return;
+    allowedHostCopy.assign(table, table + count);
     allowedClasses.allocate(backend(), static_cast<size_t>(count));
     checkDeviceError();
     allowedClasses.upload(table, static_cast<size_t>(count));
@@ -231,6 +246,7 @@ template <class T> void ClassifierCore<T>::clearAllMemory()
     deviceSoA.resetPoints(), deviceSoA.resetIndex(), deviceSoA.resetGroups();
     allowedClasses.reset();
     allowedClassesCount = 0;
+    allowedHostCopy.clear();
     groundModel.reset();
     groundModelSoA.reset();
     hostPoints = {};

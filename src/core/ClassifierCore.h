@@ -97,6 +97,7 @@ public:
     vx::DeviceSoA deviceSoA;
     vx::Buffer<int32_t> allowedClasses;
     int32_t allowedClassesCount = 0;
+    std::vector<int32_t> allowedHostCopy; ///< to rebuild the table when the backend changes
     vx::Buffer<VX_GroundModel<T>> groundModel;
     vx::DeviceGroundModelSoA groundModelSoA;
 
