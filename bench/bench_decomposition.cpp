@@ -1,0 +1,80 @@
+// Times the grid decomposition of generated ALS-like clouds on the host backend.
+// Usage: bench_decomposition [points...]   (default 1000000 10000000)
+#include "core/ClassifierCore.h"
+
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <sstream>
+#include <vector>
+
+namespace {
+
+uint64_t next(uint64_t& s)
+{
+    s += 0x9e3779b97f4a7c15ull;
+    uint64_t z = s;
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ull;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebull;
+    return z ^ (z >> 31);
+}
+double uniform(uint64_t& s) { return (next(s) >> 11) * (1.0 / 9007199254740992.0); }
+
+/// About 10 points per square metre: rolling terrain, box roofs, tree crowns.
+std::vector<VX_Point<float>> scene(int n)
+{
+    const double side = std::sqrt(n / 10.0);
+    std::vector<VX_Point<float>> pts(n);
+    uint64_t s = 12345;
+    for (int i = 0; i < n; ++i) {
+        const double x = uniform(s) * side, y = uniform(s) * side;
+        double z = 5.0 * std::sin(x / 40.0) + 3.0 * std::cos(y / 25.0);
+        const double kind = uniform(s);
+        if (std::fmod(x, 60.0) < 20.0 && std::fmod(y, 60.0) < 15.0) z += 8.0;       // roofs
+        else if (kind < 0.2) z += 2.0 + 12.0 * uniform(s);                          // vegetation
+        pts[i] = {float(x - side / 2), float(y - side / 2), float(z), 0, 0, 0, 0.f, 1, kind < 0.1 ? 0 : 1};
+    }
+    return pts;
+}
+
+long peakRssMb()
+{
+    rusage u{};
+    getrusage(RUSAGE_SELF, &u);
+    return u.ru_maxrss / 1024;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::vector<int> sizes;
+    for (int i = 1; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
+    if (sizes.empty()) sizes = {1000000, 10000000};
+    for (int n : sizes) {
+        for (bool soa : {false, true}) {
+            auto pts = scene(n);
+            Vexaro<float> v;
+            v.setComputeBackend("cpu");
+            v.setMessageLevel(0);
+            v.set_SoA(soa);
+            v.loadDirectData(pts.data(), n);
+            pts = {};
+            std::ostringstream sink;
+            auto* old = std::cout.rdbuf(sink.rdbuf());
+            const auto t0 = std::chrono::steady_clock::now();
+            v.regularGridDecomposition3D(3.0, 3.0, 3.0);
+            const double s = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+            std::cout.rdbuf(old);
+            std::printf("decomposition %s n=%d cells=%d: %.3f s (%.2f Mpoints/s) incl. upload and host sync, "
+                        "peak RSS %ld MB\n",
+                        soa ? "SoA" : "AoS", n, v.engine().groupCount, s, n / s / 1e6, peakRssMb());
+        }
+    }
+    return 0;
+}
