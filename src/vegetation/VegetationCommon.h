@@ -1,0 +1,111 @@
+// What every vegetation pass shares: its parameter block, the height tiers, the vote shares
+// and the console line of a broken cell index.
+#pragma once
+
+#include "core/Parameters.h"
+#include "exec/Hd.h"
+#include "grid/GridTypes.h"
+#include "grid/Layouts.h"
+#include "grid/Neighbourhood.h"
+
+#include <cmath>
+#include <cstdio>
+#include <type_traits>
+
+namespace vx {
+
+/// The parameters and class numbers of the vegetation passes, named as the engine names them.
+/// One block serves every pass; a pass reads only the fields its rules mention.
+template <class T> struct VegetationParams {
+    T VegetationRange;
+    T VegetationDfG;
+    float VegetationMaxCos;
+    float VegetationProcOfChaos;
+    float VegetationProcOfGhosts;
+    float VegetationProcOfOrder;
+    float VegetationProcOfPlant;
+    T VegetationLowLimit;
+    T VegetationHighLimit;
+    float VegetationRatio;
+    int groundClass;
+    int BuildingClass;
+    int ChaosClass;
+    int InitialClass;
+    int NeighbourPlaneClass;
+    int lowVegetationClass;
+    int mediumVegetationClass;
+    int highVegetationClass;
+};
+static_assert(std::is_trivially_copyable_v<VegetationParams<float>>);
+static_assert(std::is_trivially_copyable_v<VegetationParams<double>>);
+
+/// The block as the engine holds it: parameters, then the class slots (low, medium and high
+/// vegetation are the first three target slots, ground the ground slot).
+template <class T> inline VegetationParams<T> vegetationParams(const Parameters<T>& par, const ClassSlots& slots)
+{
+    VegetationParams<T> p{};
+    p.VegetationRange = par.VegetationRange;
+    p.VegetationDfG = par.VegetationDfG;
+    p.VegetationMaxCos = par.VegetationMaxCos;
+    p.VegetationProcOfChaos = par.VegetationProcOfChaos;
+    p.VegetationProcOfGhosts = par.VegetationProcOfGhosts;
+    p.VegetationProcOfOrder = par.VegetationProcOfOrder;
+    p.VegetationProcOfPlant = par.VegetationProcOfPlant;
+    p.VegetationLowLimit = par.VegetationLowLimit;
+    p.VegetationHighLimit = par.VegetationHighLimit;
+    p.VegetationRatio = par.VegetationRatio;
+    p.groundClass = slots.GroundClass;
+    p.BuildingClass = slots.BuildingClass;
+    p.ChaosClass = slots.ChaosClass;
+    p.InitialClass = slots.InitialClass;
+    p.NeighbourPlaneClass = slots.NeighbourPlaneClass;
+    p.lowVegetationClass = slots.TargetClass;
+    p.mediumVegetationClass = slots.TargetClass2;
+    p.highVegetationClass = slots.TargetClass3;
+    return p;
+}
+
+/// Height above ground assumed before any ground point is seen: ten cell edges along z, which is
+/// normally above the high-vegetation limit.
+template <class T> VX_HD inline T initialGroundHeight(const VX_DecompositionGridParameters<T>& grid)
+{
+    return T(10) * grid.sizeZ;
+}
+
+/// Low below the low limit, high above the high limit, medium in between.
+template <class T> VX_HD inline int vegetationTier(T h, const VegetationParams<T>& p)
+{
+    if (h < p.VegetationLowLimit) return p.lowVegetationClass;
+    if (h > p.VegetationHighLimit) return p.highVegetationClass;
+    return p.mediumVegetationClass;
+}
+
+template <class T> VX_HD inline bool isVegetation(int cls, const VegetationParams<T>& p)
+{
+    return cls == p.lowVegetationClass || cls == p.mediumVegetationClass || cls == p.highVegetationClass;
+}
+
+/// A vote share: the two counts divided in double precision, rounded to float. No voters gives
+/// NaN (0 / 0), which fails every comparison, or infinity when the part is not 0.
+VX_HD inline float voteShare(int part, int whole)
+{
+    return static_cast<float>(static_cast<double>(part) / static_cast<double>(whole));
+}
+
+/// |v| and the square root in the precision of v (the C library's double forms round exactly
+/// back to float, and the device has float forms of its own).
+template <class T> VX_HD inline T absOf(T v) { return static_cast<T>(::fabs(v)); }
+template <class T> VX_HD inline T sqrtOf(T v) { return static_cast<T>(::sqrt(v)); }
+
+/// Squared plan distance: the x term, then the y term.
+template <class T> VX_HD inline T planSquared(T dx, T dy) { return dx * dx + dy * dy; }
+
+/// An entry found in a cell run whose own record names another cell means the sorted index and
+/// the runs disagree. The pass goes on; the line goes to the console of the device that runs
+/// the kernel (C standard output on the host).
+VX_HD inline void reportForeignEntry(int recordedCell, int visitedCell)
+{
+    if (recordedCell != visitedCell) printf("ARGH\n");
+}
+
+} // namespace vx
