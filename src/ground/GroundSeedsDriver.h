@@ -1,15 +1,29 @@
-// Driver of the step; compiled once per backend.
+// Driver of the ground seed search; compiled once per backend.
 #pragma once
 
 #include "core/ClassifierCore.h"
 #include "core/StepDrivers.h"
 #include "exec/Launch.h"
+#include "ground/kernels.h"
 
 namespace vx::VX_BACKEND_NS {
 
 template <class T> void runGroundSeeds(ClassifierCore<T>& c)
 {
-    (void)c; // not yet implemented
+    const LaunchConfig cfg = c.launchConfig(c.pointCount);
+    c.msg(3, "Filtering ground seed points ", c.par.SeedSearchMaxHindeks);
+    if (c.requireGrid()) {
+        if (c.soa)
+            launch(cfg, c.pointCount,
+                   k_findGroundSeedsSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters,
+                                           c.allowed(), c.pointCount, c.par.SeedSearchMaxHindeks,
+                                           c.slots.GroundClass});
+        else
+            launch(cfg, c.pointCount,
+                   k_findGroundSeeds<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.gridParameters, c.allowed(),
+                                        c.pointCount, c.par.SeedSearchMaxHindeks, c.slots.GroundClass});
+    }
+    c.checkDeviceError();
 }
 
 } // namespace vx::VX_BACKEND_NS

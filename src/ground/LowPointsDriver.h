@@ -1,15 +1,29 @@
-// Driver of the step; compiled once per backend.
+// Driver of the low-point search; compiled once per backend.
 #pragma once
 
 #include "core/ClassifierCore.h"
 #include "core/StepDrivers.h"
 #include "exec/Launch.h"
+#include "ground/kernels.h"
 
 namespace vx::VX_BACKEND_NS {
 
 template <class T> void runLowPoints(ClassifierCore<T>& c)
 {
-    (void)c; // not yet implemented
+    const LaunchConfig cfg = c.launchConfig(c.pointCount);
+    c.msg(4, "Filtering Low Points", c.slots.TargetClass);
+    if (c.requireGrid()) {
+        if (c.soa)
+            launch(cfg, c.pointCount,
+                   k_findLowPointsSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters, c.allowed(),
+                                         c.pointCount, c.slots.TargetClass});
+        else
+            launch(cfg, c.pointCount,
+                   k_findLowPoints<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.gridParameters, c.allowed(),
+                                      c.pointCount, c.slots.TargetClass});
+    }
+    c.checkDeviceError();
+    c.msg(2, "Low Point search done!");
 }
 
 } // namespace vx::VX_BACKEND_NS
