@@ -1,15 +1,34 @@
-// Driver of the step; compiled once per backend.
+// Driver of the building seed filter; compiled once per backend.
 #pragma once
 
+#include "building/kernels.h"
 #include "core/ClassifierCore.h"
 #include "core/StepDrivers.h"
 #include "exec/Launch.h"
+#include "exec/Memory.h"
 
 namespace vx::VX_BACKEND_NS {
 
 template <class T> void runBuildingSeeds(ClassifierCore<T>& c)
 {
-    (void)c; // not yet implemented
+    const LaunchConfig cfg = c.launchConfig(c.pointCount);
+    const bool ready = c.requireGrid();
+    const BuildingSeedParams<T> par = buildingSeedParams(c.par, c.slots);
+    const int n = c.pointCount;
+    if (c.soa) {
+        mem::profilerStart(c.backend());
+        if (ready)
+            launch(cfg, n,
+                   k_initialBuildingFilterSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(),
+                                                 c.gridParameters, n, par});
+    } else if (ready) {
+        launch(cfg, n,
+               k_initialBuildingFilter<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(), c.gridParameters,
+                                          n, par});
+    }
+    // Announced while the launch may still be running; the wait follows.
+    c.msg(2, "ORDER", par.sourceClass);
+    c.checkDeviceError();
 }
 
 } // namespace vx::VX_BACKEND_NS
