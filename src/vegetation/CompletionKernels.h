@@ -25,9 +25,11 @@ template <class T, class Points, class Index, class Groups> struct CompletePlant
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int self = itg.pointIndex(i);
-        if (!allowed.admits(pts.cls(self))) return;
+        if (!allowed.admits(pts.cls(self)))
+            return;
         const T px = pts.x(self), py = pts.y(self), pz = pts.z(self);
         const T range2 = p.VegetationRange * p.VegetationRange;
 
@@ -38,11 +40,13 @@ template <class T, class Points, class Index, class Groups> struct CompletePlant
         bool groundSeen = false, buildingSeen = false, vegetationAbove = false;
         forEachNeighbour(itg, groups, grid, itg.group(i), Visit{}, [&](int q, int, int) {
             const T qx = pts.x(q), qy = pts.y(q), qz = pts.z(q);
-            if (!(planSquared(px - qx, py - qy) < range2)) return;
+            if (!(planSquared(px - qx, py - qy) < range2))
+                return;
             const int cls = pts.cls(q);
             if (cls == p.groundClass) {
                 const T dz = pz - qz;
-                if (absOf(dz) < h) h = dz;
+                if (absOf(dz) < h)
+                    h = dz;
                 sumX = static_cast<float>(sumX + qx);
                 sumY = static_cast<float>(sumY + qy);
                 sumZ = static_cast<float>(sumZ + qz);
@@ -52,8 +56,10 @@ template <class T, class Points, class Index, class Groups> struct CompletePlant
                 ++groundCount;
                 groundSeen = true;
             }
-            if (cls == p.BuildingClass) buildingSeen = true;
-            if (isVegetation(cls, p) && qz - pz > T(0)) vegetationAbove = true;
+            if (cls == p.BuildingClass)
+                buildingSeen = true;
+            if (isVegetation(cls, p) && qz - pz > T(0))
+                vegetationAbove = true;
         });
 
         if (vegetationAbove) {
@@ -65,12 +71,14 @@ template <class T, class Points, class Index, class Groups> struct CompletePlant
                 pts.setCls(self, p.mediumVegetationClass);
             return;
         }
-        if (!groundSeen || buildingSeen) return;
+        if (!groundSeen || buildingSeen)
+            return;
         const float n = static_cast<float>(groundCount);
         const float gx = sumX / n, gy = sumY / n, gz = sumZ / n;
         const float gnx = sumNx / n, gny = sumNy / n, gnz = sumNz / n;
         const T side = T(gnx) * (T(gx) - px) + T(gny) * (T(gy) - py) + T(gnz) * (T(gz) - pz);
-        if (side < T(0) && h <= p.VegetationLowLimit) pts.setCls(self, p.lowVegetationClass);
+        if (side < T(0) && h <= p.VegetationLowLimit)
+            pts.setCls(self, p.lowVegetationClass);
     }
 };
 template <class T> using k_completePlants = CompletePlants<T, AosPoints<T>, AosIndex, AosGroups>;
@@ -85,7 +93,8 @@ template <class T> struct NearestPoint {
 
     template <class Points> VX_HD void offer(T d2, const Points& pts, int q)
     {
-        if (!(d2 < best)) return;
+        if (!(d2 < best))
+            return;
         best = d2;
         ++improvements;
         x = pts.x(q), y = pts.y(q), z = pts.z(q);
@@ -119,10 +128,12 @@ template <class T, class Points, class Index, class Groups, bool SkipEmptyCells>
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int self = itg.pointIndex(i);
         const int own = pts.cls(self);
-        if (!allowed.admits(own)) return;
+        if (!allowed.admits(own))
+            return;
         const T px = pts.x(self), py = pts.y(self), pz = pts.z(self);
         const T range2 = p.VegetationRange * p.VegetationRange;
 
@@ -135,18 +146,21 @@ template <class T, class Points, class Index, class Groups, bool SkipEmptyCells>
             const T dz = pz - T(pts.z(q));
             const T plan2 = planSquared(px - T(pts.x(q)), py - T(pts.y(q)));
             const T d2 = plan2 + dz * dz;
-            if (!(plan2 < range2)) return;
+            if (!(plan2 < range2))
+                return;
             const int cls = pts.cls(q);
             if (cls == p.groundClass) {
                 ground.offer(d2, pts, q);
-                if (dz < h) h = dz;
+                if (dz < h)
+                    h = dz;
                 groundSeen = true;
             }
-            if (cls == p.lowVegetationClass) lowVegetation.offer(d2, pts, q);
+            if (cls == p.lowVegetationClass)
+                lowVegetation.offer(d2, pts, q);
         });
 
-        if (!(h < p.VegetationLowLimit && groundSeen && ground.improvements > 0 && lowVegetation.improvements > 0 &&
-              own == p.NeighbourPlaneClass))
+        if (!(h < p.VegetationLowLimit && groundSeen && ground.improvements > 0 &&
+              lowVegetation.improvements > 0 && own == p.NeighbourPlaneClass))
             return;
         const T dG2 = ground.planeDistance2(px, py, pz);
         const T dL2 = lowVegetation.planeDistance2(px, py, pz);

@@ -20,9 +20,11 @@ template <class T, class Points, class Index, class Groups> struct FilterPlants 
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int self = itg.pointIndex(i);
-        if (!allowed.admits(pts.cls(self))) return;
+        if (!allowed.admits(pts.cls(self)))
+            return;
         const T px = pts.x(self), py = pts.y(self), pz = pts.z(self);
         const T nx = pts.nx(self), ny = pts.ny(self), nz = pts.nz(self);
         const T nLength = sqrtOf<T>(nx * nx + ny * ny + nz * nz);
@@ -44,32 +46,40 @@ template <class T, class Points, class Index, class Groups> struct FilterPlants 
             const int cls = pts.cls(q);
             if (plan2 < range2 && cls == ground) {
                 groundSeen = true;
-                if (absOf(dz) < h) h = absOf(dz);
+                if (absOf(dz) < h)
+                    h = absOf(dz);
             }
-            if (!(plan2 + dz * dz < range2)) return;
+            if (!(plan2 + dz * dz < range2))
+                return;
 
             T planeDist = T(0), cosine = T(0);
             if (nLength != T(0)) {
                 planeDist = absOf(nx * qx + ny * qy + nz * qz + d) / nLength;
                 const T mx = pts.nx(q), my = pts.ny(q), mz = pts.nz(q);
                 if (!(mx == T(0) && my == T(0) && mz == T(0)))
-                    cosine = absOf(nx * mx + ny * my + nz * mz) / (nLength * sqrtOf<T>(mx * mx + my * my + mz * mz));
+                    cosine = absOf(nx * mx + ny * my + nz * mz) /
+                             (nLength * sqrtOf<T>(mx * mx + my * my + mz * mz));
             }
-            if (pts.lastReturn(q) == 0) ++ghosts;
-            if (allowed.admits(cls)) ++allowedVoters;
+            if (pts.lastReturn(q) == 0)
+                ++ghosts;
+            if (allowed.admits(cls))
+                ++allowedVoters;
             if (cls == p.ChaosClass)
                 ++chaotic;
             else if (planeDist >= p.VegetationDfG && cosine < T(p.VegetationMaxCos))
                 ++chaotic;
-            if (cls == ground && dz < p.VegetationLowLimit) ++ground;
-            if (cls == p.BuildingClass) buildingSeen = true;
+            if (cls == ground && dz < p.VegetationLowLimit)
+                ++ground;
+            if (cls == p.BuildingClass)
+                buildingSeen = true;
             reportForeignEntry(itg.group(j), cell);
         });
 
         const float chaosShare = voteShare(chaotic, allowedVoters);
         const float ghostShare = voteShare(ghosts, allowedVoters);
-        const bool chaoticPlace = static_cast<double>(chaosShare) >= static_cast<double>(p.VegetationProcOfChaos) &&
-                                  static_cast<double>(ghostShare) >= 0.5 * static_cast<double>(p.VegetationProcOfGhosts);
+        const bool chaoticPlace =
+            static_cast<double>(chaosShare) >= static_cast<double>(p.VegetationProcOfChaos) &&
+            static_cast<double>(ghostShare) >= 0.5 * static_cast<double>(p.VegetationProcOfGhosts);
         if ((chaoticPlace || ghostShare > p.VegetationProcOfGhosts) && !buildingSeen && groundSeen)
             pts.setCls(self, vegetationTier(h, p));
     }
@@ -92,10 +102,12 @@ template <class T, class Points, class Index, class Groups> struct IteratePlants
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int self = itg.pointIndex(i);
         const int own = pts.cls(self);
-        if (!allowed.admits(own)) return;
+        if (!allowed.admits(own))
+            return;
         const T px = pts.x(self), py = pts.y(self), pz = pts.z(self);
         const T range2 = p.VegetationRange * p.VegetationRange;
 
@@ -106,19 +118,28 @@ template <class T, class Points, class Index, class Groups> struct IteratePlants
             const T dz = pz - T(pts.z(q));
             const T plan2 = planSquared(px - T(pts.x(q)), py - T(pts.y(q)));
             const int cls = pts.cls(q);
-            if (plan2 < range2 && cls == p.groundClass && absOf(dz) < h) h = absOf(dz);
-            if (!(plan2 + dz * dz < range2)) return;
-            if (pts.lastReturn(q) == 0) ++ghosts;
-            if (cls == p.ChaosClass) ++chaoticNeighbours;
-            if (isVegetation(cls, p)) vegetationSeen = true;
-            if (allowed.entry(own) != 0) ++voters;
+            if (plan2 < range2 && cls == p.groundClass && absOf(dz) < h)
+                h = absOf(dz);
+            if (!(plan2 + dz * dz < range2))
+                return;
+            if (pts.lastReturn(q) == 0)
+                ++ghosts;
+            if (cls == p.ChaosClass)
+                ++chaoticNeighbours;
+            if (isVegetation(cls, p))
+                vegetationSeen = true;
+            if (allowed.entry(own) != 0)
+                ++voters;
         });
 
-        if (!(voteShare(chaoticNeighbours, voters) >= p.VegetationProcOfChaos)) return;
-        if (!(static_cast<double>(voteShare(ghosts, voters)) >= 0.75 * static_cast<double>(p.VegetationProcOfGhosts) &&
+        if (!(voteShare(chaoticNeighbours, voters) >= p.VegetationProcOfChaos))
+            return;
+        if (!(static_cast<double>(voteShare(ghosts, voters)) >=
+                  0.75 * static_cast<double>(p.VegetationProcOfGhosts) &&
               vegetationSeen))
             return;
-        if (!(own == chaoticNeighbours && own == p.InitialClass)) return;
+        if (!(own == chaoticNeighbours && own == p.InitialClass))
+            return;
         pts.setCls(self, vegetationTier(h, p));
     }
 };
@@ -140,10 +161,12 @@ template <class T, class Points, class Index, class Groups> struct IteratePlants
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int self = itg.pointIndex(i);
         const int own = pts.cls(self);
-        if (!allowed.admits(own)) return;
+        if (!allowed.admits(own))
+            return;
         const T px = pts.x(self), py = pts.y(self), pz = pts.z(self);
         const T range2 = p.VegetationRange * p.VegetationRange;
         const bool ghost = pts.lastReturn(self) == 0;
@@ -156,12 +179,18 @@ template <class T, class Points, class Index, class Groups> struct IteratePlants
             const T dz = pz - T(pts.z(q));
             const T plan2 = planSquared(px - T(pts.x(q)), py - T(pts.y(q)));
             const int cls = pts.cls(q);
-            if (plan2 < range2 && cls == p.groundClass && absOf(dz) < h) h = absOf(dz);
-            if (!(plan2 + dz * dz < range2)) return;
-            if (ghost) ++ghostVotes;
-            if (source) ++orderVotes;
-            if (allowed.admits(cls)) ++allowedVoters;
-            if (cls == p.lowVegetationClass && cls == p.mediumVegetationClass && cls == p.highVegetationClass) {
+            if (plan2 < range2 && cls == p.groundClass && absOf(dz) < h)
+                h = absOf(dz);
+            if (!(plan2 + dz * dz < range2))
+                return;
+            if (ghost)
+                ++ghostVotes;
+            if (source)
+                ++orderVotes;
+            if (allowed.admits(cls))
+                ++allowedVoters;
+            if (cls == p.lowVegetationClass && cls == p.mediumVegetationClass &&
+                cls == p.highVegetationClass) {
                 ++plantVotes;
                 vegetationSeen = true;
             }
@@ -170,7 +199,8 @@ template <class T, class Points, class Index, class Groups> struct IteratePlants
         if (!(voteShare(ghostVotes, allowedVoters) >= p.VegetationProcOfGhosts && vegetationSeen &&
               voteShare(orderVotes, allowedVoters) <= p.VegetationProcOfOrder))
             return;
-        if (!(voteShare(plantVotes, allowedVoters) > p.VegetationProcOfPlant || own == p.InitialClass)) return;
+        if (!(voteShare(plantVotes, allowedVoters) > p.VegetationProcOfPlant || own == p.InitialClass))
+            return;
         pts.setCls(self, vegetationTier(h, p));
     }
 };

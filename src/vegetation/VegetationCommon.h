@@ -41,7 +41,8 @@ static_assert(std::is_trivially_copyable_v<VegetationParams<double>>);
 
 /// The block as the engine holds it: parameters, then the class slots (low, medium and high
 /// vegetation are the first three target slots, ground the ground slot).
-template <class T> inline VegetationParams<T> vegetationParams(const Parameters<T>& par, const ClassSlots& slots)
+template <class T>
+inline VegetationParams<T> vegetationParams(const Parameters<T>& par, const ClassSlots& slots)
 {
     VegetationParams<T> p{};
     p.VegetationRange = par.VegetationRange;
@@ -75,8 +76,10 @@ template <class T> VX_HD inline T initialGroundHeight(const VX_DecompositionGrid
 /// Low below the low limit, high above the high limit, medium in between.
 template <class T> VX_HD inline int vegetationTier(T h, const VegetationParams<T>& p)
 {
-    if (h < p.VegetationLowLimit) return p.lowVegetationClass;
-    if (h > p.VegetationHighLimit) return p.highVegetationClass;
+    if (h < p.VegetationLowLimit)
+        return p.lowVegetationClass;
+    if (h > p.VegetationHighLimit)
+        return p.highVegetationClass;
     return p.mediumVegetationClass;
 }
 
@@ -94,18 +97,28 @@ VX_HD inline float voteShare(int part, int whole)
 
 /// |v| and the square root in the precision of v (the C library's double forms round exactly
 /// back to float, and the device has float forms of its own).
-template <class T> VX_HD inline T absOf(T v) { return static_cast<T>(::fabs(v)); }
-template <class T> VX_HD inline T sqrtOf(T v) { return static_cast<T>(::sqrt(v)); }
+template <class T> VX_HD inline T absOf(T v)
+{
+    return static_cast<T>(::fabs(v));
+}
+template <class T> VX_HD inline T sqrtOf(T v)
+{
+    return static_cast<T>(::sqrt(v));
+}
 
 /// Squared plan distance: the x term, then the y term.
-template <class T> VX_HD inline T planSquared(T dx, T dy) { return dx * dx + dy * dy; }
+template <class T> VX_HD inline T planSquared(T dx, T dy)
+{
+    return dx * dx + dy * dy;
+}
 
 /// An entry found in a cell run whose own record names another cell means the sorted index and
 /// the runs disagree. The pass goes on; the line goes to the console of the device that runs
 /// the kernel (C standard output on the host).
 VX_HD inline void reportForeignEntry(int recordedCell, int visitedCell)
 {
-    if (recordedCell != visitedCell) printf("ARGH\n");
+    if (recordedCell != visitedCell)
+        printf("ARGH\n");
 }
 
 } // namespace vx

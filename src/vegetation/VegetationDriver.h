@@ -21,13 +21,16 @@ void runVegetationPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool rea
     const AllowedClasses allowed = c.allowed();
     const VX_DecompositionGridParameters<T> grid = c.gridParameters;
 
-    if (ready) launch(cfg, n, FilterPlants<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
+    if (ready)
+        launch(cfg, n, FilterPlants<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
     c.checkDeviceError();
 
     const int iterations = c.par.VegetationIterations;
     if (iterations > 0) {
         for (int i = 1; i <= iterations; ++i) {
-            if (ready) launch(cfg, n, IteratePlants<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
+            if (ready)
+                launch(cfg, n,
+                       IteratePlants<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
             c.checkDeviceError();
             c.msg(2, "Vegetation Iteration: ", i);
         }
@@ -35,18 +38,21 @@ void runVegetationPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool rea
     if (iterations >= 1) {
         for (int i = 1; i <= iterations; ++i) {
             if (ready)
-                launch(cfg, n, IteratePlantsSecond<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
+                launch(cfg, n,
+                       IteratePlantsSecond<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
             c.checkDeviceError();
             c.msg(2, "Vegetation Iteration: ", i);
         }
     }
 
-    if (ready) launch(cfg, n, CompletePlants<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
+    if (ready)
+        launch(cfg, n, CompletePlants<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
     c.checkDeviceError();
     c.msg(2, "Ratio", c.par.VegetationRatio);
     if (ready)
-        launch(cfg, n,
-               CompletePlantsPhase2<T, Points, Index, Groups, SoaForm>{pts, itg, groups, allowed, grid, n, p});
+        launch(
+            cfg, n,
+            CompletePlantsPhase2<T, Points, Index, Groups, SoaForm>{pts, itg, groups, allowed, grid, n, p});
     c.checkDeviceError();
     c.msg(2, "Vegetation complete!");
 }
@@ -58,7 +64,8 @@ template <class T> void runVegetation(ClassifierCore<T>& c)
     std::cout << c.par.VegetationRange << ' ' << c.par.VegetationDfG << ' ' << c.par.VegetationMaxCos << ' '
               << c.par.VegetationProcOfChaos << ' ' << c.par.VegetationProcOfGhosts << '\n'
               << std::flush;
-    std::cout << c.slots.GroundClass << ' ' << c.slots.BuildingClass << ' ' << c.slots.ChaosClass << '\n' << std::flush;
+    std::cout << c.slots.GroundClass << ' ' << c.slots.BuildingClass << ' ' << c.slots.ChaosClass << '\n'
+              << std::flush;
     const bool ready = c.requireGrid();
     if (c.soa)
         runVegetationPasses<true>(c, cfg, ready, c.soaPoints(), c.soaIndex(), c.soaGroups());

@@ -15,7 +15,8 @@ class VegetationCompletion : public SettingTest {};
 /// nor the passes take it; the completion puts it under the mean ground plane's low band.
 template <class T> void lowPointAboveGroundBecomesLow(const Setting& s)
 {
-    std::vector<VX_Point<T>> pts{point<T>(0, 0, 0, kGround, 1, 0, 0, 1), point<T>(0, 0, T(0.25), 1, 1, 0, 0, 1)};
+    std::vector<VX_Point<T>> pts{point<T>(0, 0, 0, kGround, 1, 0, 0, 1),
+                                 point<T>(0, 0, T(0.25), 1, 1, 0, 0, 1)};
     EXPECT_EQ(runStep<T>(s, pts, allowTable({1})), (std::vector<int>{kGround, kLow}));
     // A building point in plan range keeps it.
     pts.push_back(point<T>(1, 0, 3, 6));
@@ -66,7 +67,8 @@ namespace {
 template <class T> HostCloud<T> underVegetation(std::vector<T> groundHeights)
 {
     std::vector<VX_Point<T>> pts;
-    for (T z : groundHeights) pts.push_back(point<T>(0, 0, z, kGround));
+    for (T z : groundHeights)
+        pts.push_back(point<T>(0, 0, z, kGround));
     pts.push_back(point<T>(T(0.5), 0, 3, kMedium));
     pts.push_back(point<T>(0, 0, 1, 1));
     HostCloud<T> c = oneCell<T>(pts);
@@ -81,11 +83,11 @@ template <class T> int completedClass(const HostCloud<T>& c, bool soa)
 
 template <class T> void signedHeightUnderVegetation(bool soa)
 {
-    EXPECT_EQ(completedClass(underVegetation<T>({0}), soa), kMedium);         // h = 1
-    EXPECT_EQ(completedClass(underVegetation<T>({T(0.75)}), soa), kLow);      // h = 0.25
-    EXPECT_EQ(completedClass(underVegetation<T>({-2}), soa), kHigh);          // h = 3
-    EXPECT_EQ(completedClass(underVegetation<T>({T(1.25)}), soa), 1);         // h = -0.25, not |h|
-    EXPECT_EQ(completedClass(underVegetation<T>({1}), soa), 1);               // h = 0
+    EXPECT_EQ(completedClass(underVegetation<T>({0}), soa), kMedium);    // h = 1
+    EXPECT_EQ(completedClass(underVegetation<T>({T(0.75)}), soa), kLow); // h = 0.25
+    EXPECT_EQ(completedClass(underVegetation<T>({-2}), soa), kHigh);     // h = 3
+    EXPECT_EQ(completedClass(underVegetation<T>({T(1.25)}), soa), 1);    // h = -0.25, not |h|
+    EXPECT_EQ(completedClass(underVegetation<T>({1}), soa), 1);          // h = 0
     // Once negative the height stays, even with a nearer ground point later.
     EXPECT_EQ(completedClass(underVegetation<T>({T(1.25), T(0.875)}), soa), 1);
     EXPECT_EQ(completedClass(underVegetation<T>({T(0.875), T(1.25)}), soa), kLow);

@@ -14,7 +14,10 @@ class VegetationFilter : public SettingTest {};
 
 /// Only the filter runs: no iterations; the completion leaves the classified point alone since
 /// its new class is not admitted.
-template <class T> void noIterations(Vexaro<T>& v) { v.set_VegetationIterations(0); }
+template <class T> void noIterations(Vexaro<T>& v)
+{
+    v.set_VegetationIterations(0);
+}
 
 /// A non-last-return point one metre above a ground point, both in one cell; the point alone
 /// votes, so its share of non-last returns is 1.
@@ -26,7 +29,8 @@ template <class T> std::vector<VX_Point<T>> groundAndGhost()
 template <class T> void buildingWithinRangeBlocks(const Setting& s)
 {
     const auto table = allowTable({1});
-    EXPECT_EQ(runStep<T>(s, groundAndGhost<T>(), table, noIterations<T>), (std::vector<int>{kGround, kMedium}));
+    EXPECT_EQ(runStep<T>(s, groundAndGhost<T>(), table, noIterations<T>),
+              (std::vector<int>{kGround, kMedium}));
 
     auto blocked = groundAndGhost<T>();
     blocked.push_back(point<T>(1, 0, 1, 6));
@@ -58,16 +62,19 @@ template <class T> void groundClassGrowsByOne(const Setting& s)
     const VX_Point<T> ghost = point<T>(0, 0, 1, 1, 0, 0, 0, 1);
     // Ground 1.5 m above the point is met first: it gives h = 1.5 and moves the ground class to
     // 3, so the ground point 0.1 m below is no longer ground and the point stays medium.
-    std::vector<VX_Point<T>> aboveFirst{point<T>(0, 0, T(2.5), kGround), point<T>(0, 0, T(0.9), kGround), ghost};
+    std::vector<VX_Point<T>> aboveFirst{point<T>(0, 0, T(2.5), kGround), point<T>(0, 0, T(0.9), kGround),
+                                        ghost};
     EXPECT_EQ(runStep<T>(s, aboveFirst, table, noIterations<T>, k), (std::vector<int>{kGround, kGround, 21}));
     // The other way round the near ground point is met first and the point is low.
-    std::vector<VX_Point<T>> belowFirst{point<T>(0, 0, T(0.9), kGround), point<T>(0, 0, T(2.5), kGround), ghost};
+    std::vector<VX_Point<T>> belowFirst{point<T>(0, 0, T(0.9), kGround), point<T>(0, 0, T(2.5), kGround),
+                                        ghost};
     EXPECT_EQ(runStep<T>(s, belowFirst, table, noIterations<T>, k), (std::vector<int>{kGround, kGround, 20}));
     // After the move, a point of class 3 counts as ground.
     std::vector<VX_Point<T>> nextClass{point<T>(0, 0, T(2.5), kGround), point<T>(0, 0, T(0.9), 3), ghost};
     EXPECT_EQ(runStep<T>(s, nextClass, table, noIterations<T>, k), (std::vector<int>{kGround, 3, 20}));
     // Before it, it does not.
-    std::vector<VX_Point<T>> nextClassFirst{point<T>(0, 0, T(0.9), 3), point<T>(0, 0, T(2.5), kGround), ghost};
+    std::vector<VX_Point<T>> nextClassFirst{point<T>(0, 0, T(0.9), 3), point<T>(0, 0, T(2.5), kGround),
+                                            ghost};
     EXPECT_EQ(runStep<T>(s, nextClassFirst, table, noIterations<T>, k), (std::vector<int>{3, kGround, 21}));
 }
 
@@ -76,9 +83,9 @@ template <class T> void chaosNeighboursLetAPointIn(const Setting& s)
     const auto table = allowTable({1});
     // The point and a companion on its plane vote; a non-last-return neighbour on the plane too.
     auto scene = [](int neighbourClass) {
-        return std::vector<VX_Point<T>>{point<T>(0, 0, 0, kGround, 1, 0, 0, 1), point<T>(0, 0, 1, 1, 1, 0, 0, 1),
-                                        point<T>(T(0.5), 0, 1, 1, 1, 0, 0, 1),
-                                        point<T>(0, T(0.5), 1, neighbourClass, 0, 0, 0, 1)};
+        return std::vector<VX_Point<T>>{
+            point<T>(0, 0, 0, kGround, 1, 0, 0, 1), point<T>(0, 0, 1, 1, 1, 0, 0, 1),
+            point<T>(T(0.5), 0, 1, 1, 1, 0, 0, 1), point<T>(0, T(0.5), 1, neighbourClass, 0, 0, 0, 1)};
     };
     // As a chaos point it makes the share 1/2 and the non-last-return share 1/2: the point is in.
     const auto in = runStep<T>(s, scene(11), table, noIterations<T>);
@@ -123,7 +130,8 @@ namespace {
 template <class T> HostCloud<T> brokenIndex()
 {
     HostCloud<T> c;
-    c.points = {point<T>(0, 0, 0, kGround), point<T>(T(0.5), 0, 1, 1, 0, 0, 0, 1), point<T>(1, 0, 1, 1, 0, 0, 0, 1)};
+    c.points = {point<T>(0, 0, 0, kGround), point<T>(T(0.5), 0, 1, 1, 0, 0, 0, 1),
+                point<T>(1, 0, 1, 1, 0, 0, 0, 1)};
     c.index = {{0, 0}, {1, 1}, {2, 1}};
     c.cells = {{0, 2, 2}, {2, 3, 1}};
     c.grid.cellsX = 2, c.grid.cellsY = 1, c.grid.cellsZ = 1;

@@ -25,8 +25,10 @@ template <class T> void withoutGroundTheHeightIsTenCells(const Setting& s)
         v.set_VegetationIterations(0);
     };
     // The filter needs ground, so only the iterated passes classify; h = 10 x 100 m: high.
-    EXPECT_EQ(runStep<T>(s, initialBesideVegetation<T>(1, kMedium), table, filterOnly), (std::vector<int>{0, kMedium}));
-    EXPECT_EQ(runStep<T>(s, initialBesideVegetation<T>(1, kMedium), table, spread), (std::vector<int>{kHigh, kMedium}));
+    EXPECT_EQ(runStep<T>(s, initialBesideVegetation<T>(1, kMedium), table, filterOnly),
+              (std::vector<int>{0, kMedium}));
+    EXPECT_EQ(runStep<T>(s, initialBesideVegetation<T>(1, kMedium), table, spread),
+              (std::vector<int>{kHigh, kMedium}));
     // The height really is ten cell edges: 10 x 0.15 m is medium, 10 x 0.03 m is low.
     EXPECT_EQ(runStep<T>(s, initialBesideVegetation<T>(T(0.01), kHigh), table, spread, {}, 0.15),
               (std::vector<int>{kMedium, kHigh}));
@@ -72,8 +74,8 @@ template <class T> void everyNeighbourInRangeVotes(bool soa)
 {
     // Two neighbours of a class the table does not admit still vote: 1 non-last return of 4 is
     // below 0.75 x 0.5.
-    HostCloud<T> crowd = oneCell<T>({point<T>(0, 0, 0, 0, 0), point<T>(1, 0, 0, kMedium), point<T>(0, 1, 0, 7),
-                                     point<T>(-1, 0, 0, 7)});
+    HostCloud<T> crowd = oneCell<T>(
+        {point<T>(0, 0, 0, 0, 0), point<T>(1, 0, 0, kMedium), point<T>(0, 1, 0, 7), point<T>(-1, 0, 0, 7)});
     crowd.table = allowTable({0});
     EXPECT_EQ(runPass<vx::IteratePlants>(crowd, soa, spreading<T>()), (std::vector<int>{0, kMedium, 7, 7}));
     // Without them 1 of 2 is enough.
@@ -85,18 +87,20 @@ template <class T> void everyNeighbourInRangeVotes(bool soa)
 template <class T> void classIsComparedWithTheChaosCount(bool soa)
 {
     // One chaos neighbour: the initial class 0 differs from the count 1, nothing happens.
-    HostCloud<T> c = oneCell<T>({point<T>(0, 0, 0, 0, 0), point<T>(1, 0, 0, kMedium), point<T>(0, 1, 0, 11, 0)});
+    HostCloud<T> c =
+        oneCell<T>({point<T>(0, 0, 0, 0, 0), point<T>(1, 0, 0, kMedium), point<T>(0, 1, 0, 11, 0)});
     c.table = allowTable({0});
     EXPECT_EQ(runPass<vx::IteratePlants>(c, soa, spreading<T>()), (std::vector<int>{0, kMedium, 11}));
     // With an initial class of 1 (no setter; the block is filled here) a point of class 1 and
     // one chaos neighbour passes, and with two it does not.
     auto p = spreading<T>();
     p.InitialClass = 1;
-    HostCloud<T> one = oneCell<T>({point<T>(0, 0, 0, 1, 0), point<T>(1, 0, 0, kMedium), point<T>(0, 1, 0, 11, 0)});
+    HostCloud<T> one =
+        oneCell<T>({point<T>(0, 0, 0, 1, 0), point<T>(1, 0, 0, kMedium), point<T>(0, 1, 0, 11, 0)});
     one.table = allowTable({1});
     EXPECT_EQ(runPass<vx::IteratePlants>(one, soa, p), (std::vector<int>{kHigh, kMedium, 11}));
-    HostCloud<T> two = oneCell<T>({point<T>(0, 0, 0, 1, 0), point<T>(1, 0, 0, kMedium), point<T>(0, 1, 0, 11, 0),
-                                   point<T>(-1, 0, 0, 11, 0)});
+    HostCloud<T> two = oneCell<T>({point<T>(0, 0, 0, 1, 0), point<T>(1, 0, 0, kMedium),
+                                   point<T>(0, 1, 0, 11, 0), point<T>(-1, 0, 0, 11, 0)});
     two.table = allowTable({1});
     EXPECT_EQ(runPass<vx::IteratePlants>(two, soa, p), (std::vector<int>{1, kMedium, 11, 11}));
 }
@@ -108,18 +112,23 @@ template <class T> void iteratedHeightComesFromGroundInPlan(bool soa)
     HostCloud<T> c =
         oneCell<T>({point<T>(0, 0, 1, 0, 0), point<T>(1, 0, 1, kMedium), point<T>(0, 0, 0, kGround, 0)});
     c.table = allowTable({0});
-    EXPECT_EQ(runPass<vx::IteratePlants>(c, soa, spreading<T>()), (std::vector<int>{kMedium, kMedium, kGround}));
-    EXPECT_EQ(runPass<vx::IteratePlantsSecond>(c, soa, defaultParams<T>({kMedium, kMedium, kMedium, kGround, 0})),
+    EXPECT_EQ(runPass<vx::IteratePlants>(c, soa, spreading<T>()),
               (std::vector<int>{kMedium, kMedium, kGround}));
+    EXPECT_EQ(
+        runPass<vx::IteratePlantsSecond>(c, soa, defaultParams<T>({kMedium, kMedium, kMedium, kGround, 0})),
+        (std::vector<int>{kMedium, kMedium, kGround}));
 }
 
 template <class T> void secondPassNeedsThreeEqualClasses(bool soa)
 {
     HostCloud<T> c = oneCell<T>(initialBesideVegetation<T>(1, 5));
     c.table = allowTable({0, 10});
-    EXPECT_EQ(runPass<vx::IteratePlantsSecond>(c, soa, defaultParams<T>({5, 5, 5, kGround, 0})), (std::vector<int>{5, 5}));
-    EXPECT_EQ(runPass<vx::IteratePlantsSecond>(c, soa, defaultParams<T>({3, 4, 5, kGround, 0})), (std::vector<int>{0, 5}));
-    EXPECT_EQ(runPass<vx::IteratePlantsSecond>(c, soa, defaultParams<T>({5, 5, 4, kGround, 0})), (std::vector<int>{0, 5}));
+    EXPECT_EQ(runPass<vx::IteratePlantsSecond>(c, soa, defaultParams<T>({5, 5, 5, kGround, 0})),
+              (std::vector<int>{5, 5}));
+    EXPECT_EQ(runPass<vx::IteratePlantsSecond>(c, soa, defaultParams<T>({3, 4, 5, kGround, 0})),
+              (std::vector<int>{0, 5}));
+    EXPECT_EQ(runPass<vx::IteratePlantsSecond>(c, soa, defaultParams<T>({5, 5, 4, kGround, 0})),
+              (std::vector<int>{0, 5}));
     // A last-return point gathers no non-last-return votes.
     HostCloud<T> last = oneCell<T>({point<T>(0, 0, 0, 0, 1), point<T>(1, 0, 0, 5)});
     last.table = allowTable({0});
@@ -137,9 +146,11 @@ template <class T> void secondPassLeavesTheSceneWithDistinctClasses(bool soa)
     HostCloud<T> c = oneCell<T>(mixedScene<T>(), T(100));
     // Give part of the tree vegetation classes so that plant neighbours exist.
     for (size_t i = 0; i < c.points.size(); ++i)
-        if (c.points[i].classification == 1 && i % 3 == 0) c.points[i].classification = 3 + int(i % 3 + i / 3) % 3;
+        if (c.points[i].classification == 1 && i % 3 == 0)
+            c.points[i].classification = 3 + int(i % 3 + i / 3) % 3;
     std::vector<int> before;
-    for (const auto& q : c.points) before.push_back(q.classification);
+    for (const auto& q : c.points)
+        before.push_back(q.classification);
     c.table = allowTable({0, 1, 10});
     EXPECT_EQ(runPass<vx::IteratePlantsSecond>(c, soa, defaultParams<T>()), before);
 }

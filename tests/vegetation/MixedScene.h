@@ -54,15 +54,18 @@ template <class T> std::vector<VX_Point<T>> mixedScene()
         for (int iy = 0; iy < 4; ++iy)
             pts.push_back(point<T>(T(6 + ix * 0.5), T(0.5 + iy * 0.5), T(3), 6, 1, T(0), T(0), T(1)));
     // Points under the roof edge and chaos points in the crown.
-    for (int k = 0; k < 6; ++k) pts.push_back(point<T>(T(5.5), T(0.5 + k * 0.25), T(1 + k * 0.25), 1, 0));
-    for (int k = 0; k < 6; ++k) pts.push_back(point<T>(T(4 + k * 0.125), T(4), T(3 + k * 0.25), 11, 0));
+    for (int k = 0; k < 6; ++k)
+        pts.push_back(point<T>(T(5.5), T(0.5 + k * 0.25), T(1 + k * 0.25), 1, 0));
+    for (int k = 0; k < 6; ++k)
+        pts.push_back(point<T>(T(4 + k * 0.125), T(4), T(3 + k * 0.25), 11, 0));
     return pts;
 }
 
 inline size_t countVegetation(const std::vector<int>& classes, int low = 3, int medium = 4, int high = 5)
 {
     size_t n = 0;
-    for (int c : classes) n += (c == low || c == medium || c == high) ? 1 : 0;
+    for (int c : classes)
+        n += (c == low || c == medium || c == high) ? 1 : 0;
     return n;
 }
 

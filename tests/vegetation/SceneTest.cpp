@@ -22,7 +22,8 @@ template <class T> void unadmittedPointsNeverChange(const Setting& s)
     const auto scene = mixedScene<T>();
     const auto before = [&] {
         std::vector<int> c;
-        for (const auto& q : scene) c.push_back(q.classification);
+        for (const auto& q : scene)
+            c.push_back(q.classification);
         return c;
     }();
     // Nothing admitted: nothing changes.
@@ -30,7 +31,8 @@ template <class T> void unadmittedPointsNeverChange(const Setting& s)
     // Some admitted: only those may change, and some of them do.
     for (const auto& admitted : {std::vector<int>{1}, std::vector<int>{0, 10}, std::vector<int>{1, 10, 11}}) {
         std::vector<int> table(256, 0);
-        for (int c : admitted) table[c] = 1;
+        for (int c : admitted)
+            table[c] = 1;
         const auto after = runStep<T>(s, scene, table, eager<T>, {}, 2.0);
         size_t changed = 0;
         for (size_t i = 0; i < scene.size(); ++i) {

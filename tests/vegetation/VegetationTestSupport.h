@@ -25,13 +25,16 @@ struct StepClasses {
 /// it in input order. The output of the decomposition and of the step is discarded.
 template <class T>
 std::vector<int> runStep(const vxtest::Setting& s, std::vector<VX_Point<T>> pts, std::vector<int> table,
-                         const std::function<void(Vexaro<T>&)>& tune = {}, StepClasses k = {}, double cell = 100.0)
+                         const std::function<void(Vexaro<T>&)>& tune = {}, StepClasses k = {},
+                         double cell = 100.0)
 {
     Vexaro<T> v;
     vxtest::configure(v, s);
     v.loadDirectData(pts.data(), static_cast<int>(pts.size()));
-    if (!table.empty()) v.set_AllowedInputClasses(table.data(), static_cast<int>(table.size()));
-    if (tune) tune(v);
+    if (!table.empty())
+        v.set_AllowedInputClasses(table.data(), static_cast<int>(table.size()));
+    if (tune)
+        tune(v);
     {
         vxtest::CaptureStdout quiet;
         v.regularGridDecomposition3Dcube(cell);
@@ -55,7 +58,8 @@ template <class T> HostCloud<T> oneCell(std::vector<VX_Point<T>> pts, T edge = T
     HostCloud<T> c;
     c.points = std::move(pts);
     const int n = static_cast<int>(c.points.size());
-    for (int i = 0; i < n; ++i) c.index.push_back({i, 0});
+    for (int i = 0; i < n; ++i)
+        c.index.push_back({i, 0});
     c.cells.push_back({0, n, n});
     c.grid.cellsX = c.grid.cellsY = c.grid.cellsZ = 1;
     c.grid.sizeX = c.grid.sizeY = c.grid.sizeZ = edge;
@@ -86,14 +90,17 @@ std::vector<int> runPass(const HostCloud<T>& cloud, bool soa, const vx::Vegetati
     std::vector<VX_IndexToGroup> itg = cloud.index;
     std::vector<VX_DecompositionGroups> cells = cloud.cells;
     const int n = static_cast<int>(pts.size());
-    const vx::AllowedClasses allowed =
-        cloud.table.empty() ? vx::AllowedClasses{} : vx::AllowedClasses{cloud.table.data(), int(cloud.table.size())};
+    const vx::AllowedClasses allowed = cloud.table.empty()
+                                           ? vx::AllowedClasses{}
+                                           : vx::AllowedClasses{cloud.table.data(), int(cloud.table.size())};
     std::vector<int> out;
     if (!soa) {
         Kernel<T, vx::AosPoints<T>, vx::AosIndex, vx::AosGroups> k{
             {pts.data()}, {itg.data()}, {cells.data()}, allowed, cloud.grid, n, p};
-        for (int i = 0; i < n; ++i) k(i);
-        for (const auto& q : pts) out.push_back(q.classification);
+        for (int i = 0; i < n; ++i)
+            k(i);
+        for (const auto& q : pts)
+            out.push_back(q.classification);
         return out;
     }
     std::vector<float> x, y, z, nx, ny, nz, hi;
@@ -103,17 +110,22 @@ std::vector<int> runPass(const HostCloud<T>& cloud, bool soa, const vx::Vegetati
         nx.push_back(float(q.nx)), ny.push_back(float(q.ny)), nz.push_back(float(q.nz));
         hi.push_back(q.heightIndex), cls.push_back(q.classification), last.push_back(q.lastReturn);
     }
-    for (const auto& e : itg) pointIndex.push_back(e.pointIndex), group.push_back(e.group);
-    for (const auto& g : cells) start.push_back(g.start), end.push_back(g.end), count.push_back(g.count);
-    vxPointSoA ps{x.data(), y.data(), z.data(), nx.data(), ny.data(), nz.data(), hi.data(), cls.data(), last.data()};
-    Kernel<T, vx::SoaPoints, vx::SoaIndex, vx::SoaGroups> k{{ps},
-                                                            {vxIndexToGroupSoA{pointIndex.data(), group.data()}},
-                                                            {vxDecompositionGroupsSoA{start.data(), end.data(), count.data()}},
-                                                            allowed,
-                                                            cloud.grid,
-                                                            n,
-                                                            p};
-    for (int i = 0; i < n; ++i) k(i);
+    for (const auto& e : itg)
+        pointIndex.push_back(e.pointIndex), group.push_back(e.group);
+    for (const auto& g : cells)
+        start.push_back(g.start), end.push_back(g.end), count.push_back(g.count);
+    vxPointSoA ps{x.data(),  y.data(),  z.data(),   nx.data(),  ny.data(),
+                  nz.data(), hi.data(), cls.data(), last.data()};
+    Kernel<T, vx::SoaPoints, vx::SoaIndex, vx::SoaGroups> k{
+        {ps},
+        {vxIndexToGroupSoA{pointIndex.data(), group.data()}},
+        {vxDecompositionGroupsSoA{start.data(), end.data(), count.data()}},
+        allowed,
+        cloud.grid,
+        n,
+        p};
+    for (int i = 0; i < n; ++i)
+        k(i);
     return cls;
 }
 
