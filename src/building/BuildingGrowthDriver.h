@@ -9,8 +9,14 @@
 
 namespace vx::VX_BACKEND_NS {
 
-template <class T> k_remapClass<T> remapKernel(AosPoints<T> pts, int from, int to) { return {pts, from, to}; }
-inline k_remapClassSoA remapKernel(SoaPoints pts, int from, int to) { return {pts, from, to}; }
+template <class T> k_remapClass<T> remapKernel(AosPoints<T> pts, int from, int to)
+{
+    return {pts, from, to};
+}
+inline k_remapClassSoA remapKernel(SoaPoints pts, int from, int to)
+{
+    return {pts, from, to};
+}
 
 /// The growth stages over one layout's views. Every launch is waited for and checked, and every
 /// growth launch is followed by the remap of its marks, so no pass feeds on its own results.
@@ -23,7 +29,8 @@ void runBuildingGrowthPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool
     const AllowedClasses allowed = c.allowed();
     const VX_DecompositionGridParameters<T> grid = c.gridParameters;
     const auto run = [&](const auto& kernel) {
-        if (ready) launch(cfg, n, kernel);
+        if (ready)
+            launch(cfg, n, kernel);
         c.checkDeviceError();
     };
     const auto remap = [&](int from, int to) { run(remapKernel(pts, from, to)); };

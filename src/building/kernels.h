@@ -21,8 +21,7 @@ constexpr int kBuildingCandidate = 251;
 
 /// Squared distance of P from the tangent plane through B with normal m. NaN for a zero normal,
 /// which then fails every comparison.
-template <class T>
-VX_HD inline T planeDistance2(T mx, T my, T mz, T px, T py, T pz, T bx, T by, T bz)
+template <class T> VX_HD inline T planeDistance2(T mx, T my, T mz, T px, T py, T pz, T bx, T by, T bz)
 {
     const T s = mx * px + my * py + mz * pz - mx * bx - my * by - mz * bz;
     return s * s / (mx * mx + my * my + mz * mz);
@@ -46,16 +45,17 @@ template <class T> struct BuildingSeedParams {
 
 template <class T> BuildingSeedParams<T> buildingSeedParams(const Parameters<T>& p, const ClassSlots& s)
 {
-    return {p.BuildingRange,       p.BuildingGroundRange,  p.BuildingDfPBuilding, p.BuildingMinCosBuilding,
-            p.BuildingMinNoN,      p.BuildingProcOfBP,     p.BuildingProcOfGhosts, p.BuildingMinHeight,
-            s.TargetClass,         s.GroundClass,          s.NeighbourPlaneClass, s.NeighbourDistanceClass};
+    return {p.BuildingRange,  p.BuildingGroundRange, p.BuildingDfPBuilding,  p.BuildingMinCosBuilding,
+            p.BuildingMinNoN, p.BuildingProcOfBP,    p.BuildingProcOfGhosts, p.BuildingMinHeight,
+            s.TargetClass,    s.GroundClass,         s.NeighbourPlaneClass,  s.NeighbourDistanceClass};
 }
 
 /// A point becomes a seed when it stands on a flat surface its neighbours share, clearly above
 /// the highest ground of its cells, with no ground close by in plan and few non-last returns;
 /// one that only shares the plane becomes a candidate. WriteUnchanged: the record form writes
 /// the class it read back for every other point, the per-field form leaves them untouched.
-template <class T, class Points, class Index, class Groups, bool WriteUnchanged> struct InitialBuildingFilter {
+template <class T, class Points, class Index, class Groups, bool WriteUnchanged>
+struct InitialBuildingFilter {
     Points pts;
     Index itg;
     Groups groups;
@@ -66,14 +66,18 @@ template <class T, class Points, class Index, class Groups, bool WriteUnchanged>
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int p = itg.pointIndex(i);
         const int cls = pts.cls(p);
-        if (!allowed.admits(cls)) return;
-        if (pts.lastReturn(p) == 0) return;
+        if (!allowed.admits(cls))
+            return;
+        if (pts.lastReturn(p) == 0)
+            return;
         const T nx = pts.nx(p), ny = pts.ny(p), nz = pts.nz(p);
         const T norm = static_cast<T>(::sqrt(nx * nx + ny * ny + nz * nz));
-        if (norm == T(0)) return;
+        if (norm == T(0))
+            return;
         const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
         const T d = -(nx * px) - ny * py - nz * pz;
         const T range2 = par.range * par.range;
@@ -89,31 +93,39 @@ template <class T, class Points, class Index, class Groups, bool WriteUnchanged>
             const int qc = pts.cls(q);
             // Every ground point of the cells counts here, at any distance and of any class entry.
             if (qc == par.groundClass) {
-                if (dz < highestGroundGap) highestGroundGap = dz;
-                if (plan2 < groundRange2) groundNearby = true;
+                if (dz < highestGroundGap)
+                    highestGroundGap = dz;
+                if (plan2 < groundRange2)
+                    groundNearby = true;
             }
-            if (!(plan2 + dz * dz < range2)) return;
-            if (!allowed.admits(qc)) return;
+            if (!(plan2 + dz * dz < range2))
+                return;
+            if (!allowed.admits(qc))
+                return;
             const bool lastReturn = pts.lastReturn(q) != 0;
             const T planeDist = static_cast<T>(::fabs((nx * qx + ny * qy + nz * qz + d) / norm));
             if (qc == par.sourceClass) {
                 const T mx = pts.nx(q), my = pts.ny(q), mz = pts.nz(q);
                 const T cosine = static_cast<T>(::fabs(nx * mx + ny * my + nz * mz)) /
                                  (static_cast<T>(::sqrt(mx * mx + my * my + mz * mz)) * norm);
-                if (planeDist < par.dfPBuilding && cosine >= T(par.minCos) && lastReturn) ++agreeing;
+                if (planeDist < par.dfPBuilding && cosine >= T(par.minCos) && lastReturn)
+                    ++agreeing;
             }
-            if ((qc == par.sourceClass || qc == par.companionClass) && planeDist < par.dfPBuilding && lastReturn)
+            if ((qc == par.sourceClass || qc == par.companionClass) && planeDist < par.dfPBuilding &&
+                lastReturn)
                 ++onPlane;
             ++voters;
-            if (!lastReturn) ++ghosts;
+            if (!lastReturn)
+                ++ghosts;
         });
-        if (voters < 1) return;
+        if (voters < 1)
+            return;
 
         const double agreeShare = double(agreeing) / double(voters);
         const double ghostShare = double(ghosts) / double(voters);
         const double planeShare = double(onPlane) / double(voters);
-        const bool highEnough = highestGroundGap > T(0) &&
-                                static_cast<T>(::fabs(highestGroundGap)) > par.minHeight;
+        const bool highEnough =
+            highestGroundGap > T(0) && static_cast<T>(::fabs(highestGroundGap)) > par.minHeight;
         if (agreeShare >= double(par.procOfBP) && !groundNearby && ghostShare <= double(par.procOfGhosts) &&
             highEnough && voters >= par.minNoN)
             pts.setCls(p, par.buildingClass);
@@ -130,24 +142,24 @@ using k_initialBuildingFilterSoA = InitialBuildingFilter<T, SoaPoints, SoaIndex,
 
 /// The settings of the three growth passes, read once by the driver.
 template <class T> struct BuildingGrowthParams {
-    T range2D;             ///< Building2Range: plan and 3D radius of the update, plan radius of the completion
-    T distFPlane;          ///< Building2DistFPlane
-    float procOfGhosts;    ///< BuildingProcOfGhosts
-    T minHeight;           ///< BuildingMinHeight
-    T groundRange3;        ///< Building3GroundRange
-    T detailsHeight;       ///< Building3DetailsHeight
+    T range2D;          ///< Building2Range: plan and 3D radius of the update, plan radius of the completion
+    T distFPlane;       ///< Building2DistFPlane
+    float procOfGhosts; ///< BuildingProcOfGhosts
+    T minHeight;        ///< BuildingMinHeight
+    T groundRange3;     ///< Building3GroundRange
+    T detailsHeight;    ///< Building3DetailsHeight
     int groundClass;
     int buildingClass;
     int sourceClass;
-    int companionClass;    ///< handed to the update, which does not use it
+    int companionClass; ///< handed to the update, which does not use it
     int markClass;
 };
 
 template <class T> BuildingGrowthParams<T> buildingGrowthParams(const Parameters<T>& p, const ClassSlots& s)
 {
-    return {p.Building2Range,        p.Building2DistFPlane,    p.BuildingProcOfGhosts, p.BuildingMinHeight,
-            p.Building3GroundRange,  p.Building3DetailsHeight, s.GroundClass,          s.TargetClass,
-            s.NeighbourPlaneClass,   s.NeighbourDistanceClass, kBuildingMark};
+    return {p.Building2Range,       p.Building2DistFPlane,    p.BuildingProcOfGhosts, p.BuildingMinHeight,
+            p.Building3GroundRange, p.Building3DetailsHeight, s.GroundClass,          s.TargetClass,
+            s.NeighbourPlaneClass,  s.NeighbourDistanceClass, kBuildingMark};
 }
 
 /// Growth along the roof: a point joins when it lies on the tangent plane of its nearest building
@@ -165,10 +177,12 @@ template <class T, class Points, class Index, class Groups> struct UpdateBuildin
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int p = itg.pointIndex(i);
         const int cls = pts.cls(p);
-        if (!allowed.admits(cls) || pts.lastReturn(p) == 0) return;
+        if (!allowed.admits(cls) || pts.lastReturn(p) == 0)
+            return;
         const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
         const T range2 = par.range2D * par.range2D;
         // The starting minima are a length, compared with squared distances as they stand.
@@ -181,19 +195,23 @@ template <class T, class Points, class Index, class Groups> struct UpdateBuildin
             const T d2 = plan2 + dz * dz;
             const int qc = pts.cls(q);
             if (plan2 < range2) {
-                if (qc == par.groundClass && plan2 < nearestGround2) nearestGround2 = plan2;
-                if (qc == par.buildingClass && plan2 < nearestBuildingPlan2) nearestBuildingPlan2 = plan2;
+                if (qc == par.groundClass && plan2 < nearestGround2)
+                    nearestGround2 = plan2;
+                if (qc == par.buildingClass && plan2 < nearestBuildingPlan2)
+                    nearestBuildingPlan2 = plan2;
             }
             if (d2 < range2 && (allowed.admits(qc) || qc == par.buildingClass)) {
                 ++voters;
-                if (pts.lastReturn(q) == 0) ++ghosts;
+                if (pts.lastReturn(q) == 0)
+                    ++ghosts;
                 if (qc == par.buildingClass && d2 < nearestBuilding2) {
                     nearestBuilding2 = d2;
                     nearest = q;
                 }
             }
         });
-        if (nearest < 0) return;
+        if (nearest < 0)
+            return;
 
         const bool groundFarther = nearestGround2 > nearestBuilding2;
         // Joins when the ghost share equals the limit; only a larger share keeps the point out.
@@ -225,10 +243,12 @@ template <class T, class Points, class Index, class Groups> struct CompleteBuild
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int p = itg.pointIndex(i);
         const int cls = pts.cls(p);
-        if (!allowed.admits(cls) || pts.lastReturn(p) == 0) return;
+        if (!allowed.admits(cls) || pts.lastReturn(p) == 0)
+            return;
         const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
         const T range2 = par.range2D * par.range2D;
         const T groundRange2 = par.groundRange3 * par.groundRange3;
@@ -238,17 +258,22 @@ template <class T, class Points, class Index, class Groups> struct CompleteBuild
         forEachNeighbour(itg, groups, grid, itg.group(i), Visit{}, [&](int q, int, int) {
             const T dx = px - T(pts.x(q)), dy = py - T(pts.y(q));
             const T plan2 = dx * dx + dy * dy;
-            if (!(plan2 < range2)) return;
+            if (!(plan2 < range2))
+                return;
             const int qc = pts.cls(q);
-            if (!(allowed.admits(qc) || qc == par.buildingClass || qc == par.groundClass)) return;
+            if (!(allowed.admits(qc) || qc == par.buildingClass || qc == par.groundClass))
+                return;
             if (qc == par.buildingClass) {
                 const T gap = pz - T(pts.z(q));
-                if (gap < buildingGap) buildingGap = gap;
+                if (gap < buildingGap)
+                    buildingGap = gap;
                 buildingSeen = true;
             }
             ++voters;
-            if (pts.lastReturn(q) == 0) ++ghosts;
-            if (qc == par.groundClass && plan2 < groundRange2) groundNearby = true;
+            if (pts.lastReturn(q) == 0)
+                ++ghosts;
+            if (qc == par.groundClass && plan2 < groundRange2)
+                groundNearby = true;
         });
         const T heightLimit = cls == par.sourceClass ? par.minHeight * T(1.5) : par.minHeight;
         // Joins only below the ghost limit, unlike the update.
@@ -274,9 +299,11 @@ template <class T, class Points, class Index, class Groups> struct CloseBuilding
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int p = itg.pointIndex(i);
-        if (!allowed.admits(pts.cls(p))) return;
+        if (!allowed.admits(pts.cls(p)))
+            return;
         const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
         const T groundRange2 = par.groundRange3 * par.groundRange3;
         T nearestBuildingPlan2 = T(10) * (grid.sizeX * grid.sizeX);
@@ -287,19 +314,23 @@ template <class T, class Points, class Index, class Groups> struct CloseBuilding
             const T plan2 = dx * dx + dy * dy;
             const T height = pz - T(pts.z(q));
             const int qc = pts.cls(q);
-            if (plan2 < groundRange2 && qc == par.groundClass && double(height) < 0.4) noLowGround = false;
-            if (plan2 < groundRange2 && qc == par.buildingClass && height < par.detailsHeight) detailFound = true;
+            if (plan2 < groundRange2 && qc == par.groundClass && double(height) < 0.4)
+                noLowGround = false;
+            if (plan2 < groundRange2 && qc == par.buildingClass && height < par.detailsHeight)
+                detailFound = true;
             if (qc == par.buildingClass && plan2 < nearestBuildingPlan2) {
                 nearestBuildingPlan2 = plan2;
                 nearest = q;
             }
         });
-        if (nearest < 0) return;
+        if (nearest < 0)
+            return;
         const T dist2 = planeDistance2<T>(pts.nx(nearest), pts.ny(nearest), pts.nz(nearest), px, py, pz,
                                           pts.x(nearest), pts.y(nearest), pts.z(nearest));
         if (double(dist2) < 0.1 && nearestBuildingPlan2 < T(4) * groundRange2 && noLowGround)
             pts.setCls(p, par.markClass);
-        if (detailFound && noLowGround) pts.setCls(p, par.markClass);
+        if (detailFound && noLowGround)
+            pts.setCls(p, par.markClass);
     }
 };
 template <class T> using k_closeBuilding = CloseBuilding<T, AosPoints<T>, AosIndex, AosGroups>;

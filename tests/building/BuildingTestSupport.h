@@ -13,14 +13,17 @@ using vxtest::Setting;
 
 constexpr int kBuilding = 6;
 constexpr int kGround = 2;
-constexpr int kSource = 1;    ///< votes with the plane and the normal test
+constexpr int kSource = 1;     ///< votes with the plane and the normal test
 constexpr int kCompanion = 10; ///< votes with the plane test only
 constexpr int kMark = 250;
 constexpr int kCandidate = 251;
 
 /// The table of most tests: source, companion and the two temporary marks are admitted; ground
 /// and building points are not, so they never change.
-inline std::vector<int> defaultTable() { return vxtest::allowTable({kSource, kCompanion, kMark, kCandidate}); }
+inline std::vector<int> defaultTable()
+{
+    return vxtest::allowTable({kSource, kCompanion, kMark, kCandidate});
+}
 
 /// A last return with an upward unit normal.
 template <class T> VX_Point<T> up(double x, double y, double z, int cls, int lastReturn = 1)
@@ -77,8 +80,10 @@ inline std::vector<std::string> driverLines(const vxtest::CaptureStdout& out)
 {
     std::vector<std::string> mine;
     for (const std::string& line : out.lines()) {
-        if (line == "SOA " || line == "AOS ") continue;
-        if (line.rfind("Time: ", 0) == 0) break;
+        if (line == "SOA " || line == "AOS ")
+            continue;
+        if (line.rfind("Time: ", 0) == 0)
+            break;
         mine.push_back(line);
     }
     return mine;

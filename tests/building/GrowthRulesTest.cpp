@@ -14,7 +14,8 @@ namespace {
 
 template <class T> using Tune = std::function<void(Vexaro<T>&)>;
 
-template <class T> Classes grown(const Setting& s, std::vector<VX_Point<T>> pts, const Tune<T>& tune, double cell = 2.0)
+template <class T>
+Classes grown(const Setting& s, std::vector<VX_Point<T>> pts, const Tune<T>& tune, double cell = 2.0)
 {
     Vexaro<T> v;
     load(v, s, pts, cell);
@@ -49,7 +50,8 @@ TEST_P(BuildingGrowthRules, UpdateTakesPointsOnTheRoofPlaneOnly)
         const Tune<T> tune = updateOnly<T>;
         const auto B = up<T>(0, 0, 5, kBuilding);
         // 0.3 off the plane: 0.09 < 0.4²; 0.5 off: 0.25 is not.
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 5.3, kSource)}, tune), (Classes{kBuilding, kBuilding}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 5.3, kSource)}, tune),
+                  (Classes{kBuilding, kBuilding}));
         EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 5.5, kSource)}, tune), (Classes{kBuilding, kSource}));
         // Off the plane and below the roof point: a plain source point stays.
         EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(0.5, 0, 4, kSource)}, tune), (Classes{kBuilding, kSource}));
@@ -64,9 +66,11 @@ TEST_P(BuildingGrowthRules, CandidateBelowTheNearestRoofPointJoinsOffThePlane)
         using T = typename decltype(tag)::type;
         const Tune<T> tune = updateOnly<T>;
         const auto B = up<T>(0, 0, 5, kBuilding);
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(0.5, 0, 4, kCandidate)}, tune), (Classes{kBuilding, kBuilding}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(0.5, 0, 4, kCandidate)}, tune),
+                  (Classes{kBuilding, kBuilding}));
         // Above the roof point it is released instead.
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(0.5, 0, 6, kCandidate)}, tune), (Classes{kBuilding, kSource}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(0.5, 0, 6, kCandidate)}, tune),
+                  (Classes{kBuilding, kSource}));
         // Ground nearer in plan than the roof point is in 3D keeps it out.
         EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(0.5, 0, 4, kCandidate), up<T>(0.5, 0.5, 3, kGround)}, tune),
                   (Classes{kBuilding, kSource, kGround}));
@@ -100,10 +104,13 @@ TEST_P(BuildingGrowthRules, MissingGroundCountsAsTenCellEdgesUnsquared)
             v.set_Building2Range(T(5));
         };
         const auto P = up<T>(0, 0, 0, kSource);
-        EXPECT_EQ(grown<T>(GetParam(), {P, up<T>(3, 3, 0, kBuilding)}, tune), (Classes{kBuilding, kBuilding}));
-        EXPECT_EQ(grown<T>(GetParam(), {P, up<T>(3, 3.5, 0, kBuilding)}, tune), (Classes{kSource, kBuilding}));
+        EXPECT_EQ(grown<T>(GetParam(), {P, up<T>(3, 3, 0, kBuilding)}, tune),
+                  (Classes{kBuilding, kBuilding}));
+        EXPECT_EQ(grown<T>(GetParam(), {P, up<T>(3, 3.5, 0, kBuilding)}, tune),
+                  (Classes{kSource, kBuilding}));
         // Cells of 3 give 30, farther than 21.25.
-        EXPECT_EQ(grown<T>(GetParam(), {P, up<T>(3, 3.5, 0, kBuilding)}, tune, 3.0), (Classes{kBuilding, kBuilding}));
+        EXPECT_EQ(grown<T>(GetParam(), {P, up<T>(3, 3.5, 0, kBuilding)}, tune, 3.0),
+                  (Classes{kBuilding, kBuilding}));
         // Real ground nearer in plan blocks the nearer building point too.
         EXPECT_EQ(grown<T>(GetParam(), {P, up<T>(3, 3, 0, kBuilding), up<T>(0.5, 0, -3, kGround)}, tune),
                   (Classes{kSource, kBuilding, kGround}));
@@ -155,11 +162,15 @@ TEST_P(BuildingGrowthRules, CompletionHeightLimitIsHalfAgainForSourcePoints)
         const Tune<T> tune = completionOnly<T>;
         const auto B = up<T>(0, 0, 5, kBuilding);
         // 2.6 above the building point: within 1.5 x 1.8 for the source class, not within 1.8.
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 7.6, kSource)}, tune), (Classes{kBuilding, kBuilding}));
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 7.6, kCompanion)}, tune), (Classes{kBuilding, kCompanion}));
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 6.5, kCompanion)}, tune), (Classes{kBuilding, kBuilding}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 7.6, kSource)}, tune),
+                  (Classes{kBuilding, kBuilding}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 7.6, kCompanion)}, tune),
+                  (Classes{kBuilding, kCompanion}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 6.5, kCompanion)}, tune),
+                  (Classes{kBuilding, kBuilding}));
         // Below the building it always fits; the plan radius has no height limit.
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 2, kCompanion)}, tune), (Classes{kBuilding, kBuilding}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1, 0, 2, kCompanion)}, tune),
+                  (Classes{kBuilding, kBuilding}));
         // Out of the plan radius (1.5) nothing is seen.
         EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1.5, 0, 5, kSource)}, tune), (Classes{kBuilding, kSource}));
     });
@@ -175,9 +186,11 @@ TEST_P(BuildingGrowthRules, GroundCloseInPlanBlocksTheCompletion)
         const auto B = vxtest::point<T>(T(0), T(0), T(5), kBuilding, 1, T(1), T(0), T(0));
         const auto P = up<T>(1, 0, 5, kSource);
         EXPECT_EQ(grown<T>(GetParam(), {B, P}, tune), (Classes{kBuilding, kBuilding}));
-        EXPECT_EQ(grown<T>(GetParam(), {B, P, up<T>(1, 0.5, 4, kGround)}, tune), (Classes{kBuilding, kSource, kGround}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, P, up<T>(1, 0.5, 4, kGround)}, tune),
+                  (Classes{kBuilding, kSource, kGround}));
         // Beyond the ground range (1.0) in plan it does not.
-        EXPECT_EQ(grown<T>(GetParam(), {B, P, up<T>(1, 1, 4, kGround)}, tune), (Classes{kBuilding, kBuilding, kGround}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, P, up<T>(1, 1, 4, kGround)}, tune),
+                  (Classes{kBuilding, kBuilding, kGround}));
     });
 }
 
@@ -211,11 +224,15 @@ TEST_P(BuildingGrowthRules, ClosingTakesNearPlanePointsWithinTwiceTheGroundRange
         using T = typename decltype(tag)::type;
         const Tune<T> defaults = [](Vexaro<T>&) {};
         const auto B = up<T>(0, 0, 5, kBuilding);
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1.9, 0, 5, kSource, 0)}, defaults), (Classes{kBuilding, kBuilding}));
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(2.1, 0, 5, kSource, 0)}, defaults), (Classes{kBuilding, kSource}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1.9, 0, 5, kSource, 0)}, defaults),
+                  (Classes{kBuilding, kBuilding}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(2.1, 0, 5, kSource, 0)}, defaults),
+                  (Classes{kBuilding, kSource}));
         // Squared plane distance 0.09 < 0.1 joins, 0.1225 does not.
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1.5, 0, 5.3, kSource, 0)}, defaults), (Classes{kBuilding, kBuilding}));
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1.5, 0, 5.35, kSource, 0)}, defaults), (Classes{kBuilding, kSource}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1.5, 0, 5.3, kSource, 0)}, defaults),
+                  (Classes{kBuilding, kBuilding}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(1.5, 0, 5.35, kSource, 0)}, defaults),
+                  (Classes{kBuilding, kSource}));
     });
 }
 
@@ -226,10 +243,12 @@ TEST_P(BuildingGrowthRules, ClosingTakesDetailsJustAboveTheBuilding)
         const auto B = up<T>(0, 0, 5, kBuilding);
         const auto detail = up<T>(0.5, 0, 5.35, kSource, 0); // off the plane, 0.35 above, 0.5 away
         EXPECT_EQ(grown<T>(GetParam(), {B, detail}, [](Vexaro<T>&) {}), (Classes{kBuilding, kBuilding}));
-        EXPECT_EQ(grown<T>(GetParam(), {B, detail}, [](Vexaro<T>& v) { v.set_Building3DetailsHeight(T(0.3)); }),
-                  (Classes{kBuilding, kSource}));
+        EXPECT_EQ(
+            grown<T>(GetParam(), {B, detail}, [](Vexaro<T>& v) { v.set_Building3DetailsHeight(T(0.3)); }),
+            (Classes{kBuilding, kSource}));
         // Unadmitted points never change, whatever stands around them.
-        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(0.5, 0, 5.35, 4, 0)}, [](Vexaro<T>&) {}), (Classes{kBuilding, 4}));
+        EXPECT_EQ(grown<T>(GetParam(), {B, up<T>(0.5, 0, 5.35, 4, 0)}, [](Vexaro<T>&) {}),
+                  (Classes{kBuilding, 4}));
     });
 }
 

@@ -14,8 +14,10 @@ namespace {
 template <class T> std::vector<VX_Point<T>> roofAndRow()
 {
     std::vector<VX_Point<T>> pts;
-    for (double x : {0.0, 0.5, 1.0}) pts.push_back(up<T>(x, 0, 5, kBuilding));
-    for (int x = 2; x <= 7; ++x) pts.push_back(up<T>(x, 0, 5, kSource));
+    for (double x : {0.0, 0.5, 1.0})
+        pts.push_back(up<T>(x, 0, 5, kBuilding));
+    for (int x = 2; x <= 7; ++x)
+        pts.push_back(up<T>(x, 0, 5, kSource));
     pts.push_back(up<T>(20, 0, 5, kCandidate));
     return pts;
 }
@@ -24,7 +26,8 @@ template <class T> std::vector<VX_Point<T>> roofAndRow()
 Classes rowBuiltUpTo(int last)
 {
     Classes out(3, kBuilding);
-    for (int x = 2; x <= 7; ++x) out.push_back(x <= last ? kBuilding : kSource);
+    for (int x = 2; x <= 7; ++x)
+        out.push_back(x <= last ? kBuilding : kSource);
     out.push_back(kSource);
     return out;
 }
@@ -102,8 +105,8 @@ TEST_P(BuildingGrowthStages, PrintsIterationsDetailsHeightAndTheEnd)
         {
             vxtest::CaptureStdout out;
             v.performIterativeBuildingGrowth(kBuilding, kGround, kSource, kCompanion);
-            EXPECT_EQ(driverLines(out),
-                      (Lines{"Threads:  256", "Blocks:  1", "Details Height:  0.25", "Building growth ended! "}));
+            EXPECT_EQ(driverLines(out), (Lines{"Threads:  256", "Blocks:  1", "Details Height:  0.25",
+                                               "Building growth ended! "}));
         }
         v.setMessageLevel(0);
         {
@@ -135,7 +138,8 @@ TEST_P(BuildingGrowthStages, SeedsAndGrowthTakeAWholeFlatRoof)
         findSeeds(v);
         const Classes seeded = vxtest::classes(v);
         EXPECT_EQ(seeded[12 * 25 + 12], kBuilding); // the middle of the roof
-        EXPECT_EQ(std::count(seeded.begin(), seeded.end(), kGround), std::count(expected.begin(), expected.end(), kGround));
+        EXPECT_EQ(std::count(seeded.begin(), seeded.end(), kGround),
+                  std::count(expected.begin(), expected.end(), kGround));
         grow(v);
         EXPECT_EQ(vxtest::classes(v), expected);
     });

@@ -17,7 +17,8 @@ template <class T> std::vector<VX_Point<T>> stableRoof(int neighbourClass = kSou
 {
     std::vector<VX_Point<T>> pts{up<T>(0, 0, 5, probeClass)};
     for (double x : {0.75, 1.25})
-        for (double y : {-0.5, 0.0, 0.5}) pts.push_back(up<T>(x, y, 5, neighbourClass));
+        for (double y : {-0.5, 0.0, 0.5})
+            pts.push_back(up<T>(x, y, 5, neighbourClass));
     pts.push_back(up<T>(2.5, 0, 0, kGround));
     return pts;
 }
@@ -26,16 +27,19 @@ template <class T> std::vector<VX_Point<T>> stableRoof(int neighbourClass = kSou
 template <class T> Classes withProbe(const std::vector<VX_Point<T>>& pts, int probeClass)
 {
     Classes out;
-    for (const auto& p : pts) out.push_back(p.classification);
+    for (const auto& p : pts)
+        out.push_back(p.classification);
     out[kProbe] = probeClass;
     return out;
 }
 
-template <class T> Classes seedsOf(const Setting& s, std::vector<VX_Point<T>> pts, void (*tune)(Vexaro<T>&) = nullptr)
+template <class T>
+Classes seedsOf(const Setting& s, std::vector<VX_Point<T>> pts, void (*tune)(Vexaro<T>&) = nullptr)
 {
     Vexaro<T> v;
     load(v, s, pts, 3.0);
-    if (tune) tune(v);
+    if (tune)
+        tune(v);
     findSeeds(v);
     return vxtest::classes(v);
 }
@@ -132,7 +136,8 @@ TEST_P(BuildingSeeds, ZeroShareThresholdPassesTheShareTests)
 
         // Neighbours off the plane: only the probe is on it (1 of 7), not enough for a candidate.
         auto offPlane = stableRoof<T>(kCompanion, kCompanion);
-        for (int i = 1; i <= 6; ++i) offPlane[i].z = T(5.5);
+        for (int i = 1; i <= 6; ++i)
+            offPlane[i].z = T(5.5);
         EXPECT_EQ(seedsOf<T>(GetParam(), offPlane), withProbe(offPlane, kCompanion));
         EXPECT_EQ(seedsOf<T>(GetParam(), offPlane, [](Vexaro<T>& v) { v.set_BuildingProcOfBP(0.f); }),
                   withProbe(offPlane, kBuilding));
@@ -177,13 +182,15 @@ TEST_P(BuildingSeeds, NeighboursMustShareNormalAndPlaneToAgree)
     forBothPrecisions([&](auto tag) {
         using T = typename decltype(tag)::type;
         auto tilted = stableRoof<T>(); // cosine 0.8 < 0.9: on the plane, not agreeing
-        for (int i = 1; i <= 6; ++i) tilted[i].ny = T(0.6), tilted[i].nz = T(0.8);
+        for (int i = 1; i <= 6; ++i)
+            tilted[i].ny = T(0.6), tilted[i].nz = T(0.8);
         EXPECT_EQ(seedsOf<T>(GetParam(), tilted), withProbe(tilted, kCandidate));
         EXPECT_EQ(seedsOf<T>(GetParam(), tilted, [](Vexaro<T>& v) { v.set_BuildingMinCosBuilding(0.75f); }),
                   withProbe(tilted, kBuilding));
 
         auto lifted = stableRoof<T>(); // 0.25 off the plane: neither agreeing nor on it
-        for (int i = 1; i <= 6; ++i) lifted[i].z = T(5.25);
+        for (int i = 1; i <= 6; ++i)
+            lifted[i].z = T(5.25);
         EXPECT_EQ(seedsOf<T>(GetParam(), lifted), withProbe(lifted, kSource));
         EXPECT_EQ(seedsOf<T>(GetParam(), lifted, [](Vexaro<T>& v) { v.set_BuildingDfPBuilding(T(0.3)); }),
                   withProbe(lifted, kBuilding));
@@ -206,7 +213,8 @@ TEST_P(BuildingSeeds, WithoutGroundTheHeightIsTenCellEdges)
         using T = typename decltype(tag)::type;
         // A flat 3 x 3 roof alone: one cell layer of edge 3, so every point stands 30 above "ground".
         std::vector<VX_Point<T>> roof;
-        for (int i = 0; i < 9; ++i) roof.push_back(up<T>(0.5 * (i % 3), 0.5 * (i / 3), 5, kSource));
+        for (int i = 0; i < 9; ++i)
+            roof.push_back(up<T>(0.5 * (i % 3), 0.5 * (i / 3), 5, kSource));
         auto tune = [](Vexaro<T>& v) {
             v.set_BuildingMinNoN(1);
             v.set_BuildingProcOfBP(0.f);
@@ -253,4 +261,5 @@ TEST_P(BuildingSeeds, AnnouncesTheSourceClassAndTheLaunch)
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(Settings, BuildingSeeds, ::testing::ValuesIn(vxtest::allSettings()), vxtest::settingName);
+INSTANTIATE_TEST_SUITE_P(Settings, BuildingSeeds, ::testing::ValuesIn(vxtest::allSettings()),
+                         vxtest::settingName);
