@@ -14,30 +14,35 @@ namespace vx::VX_BACKEND_NS {
 /// Points of class cls over the whole cloud, in raw storage order.
 template <class T> long long countGrownClass(ClassifierCore<T>& c, int cls)
 {
-    if (c.soa) return countIf(c.deviceSoA.classification.data(), c.pointCount, IntEquals{cls});
+    if (c.soa)
+        return countIf(c.deviceSoA.classification.data(), c.pointCount, IntEquals{cls});
     return countIf(c.devicePoints.data(), c.pointCount, PointClassIs<T>{cls});
 }
 
 /// One growth pass and the remap of its marks: the record kernel, or the two per-field kernels
 /// one after the other.
-template <class T> void growGroundOnce(ClassifierCore<T>& c, const LaunchConfig& cfg, const GrowthParams<T>& par)
+template <class T>
+void growGroundOnce(ClassifierCore<T>& c, const LaunchConfig& cfg, const GrowthParams<T>& par)
 {
     const int n = c.pointCount;
     if (c.soa) {
         mem::profilerStart(c.backend());
         launch(cfg, n,
-               k_growGroundIntSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters, c.allowed(), n, par});
+               k_growGroundIntSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters,
+                                     c.allowed(), n, par});
         mem::profilerStop(c.backend());
         c.checkDeviceError();
         mem::profilerStart(c.backend());
         launch(cfg, n,
-               k_growGroundSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters, c.allowed(), n, par});
+               k_growGroundSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters, c.allowed(),
+                                  n, par});
         mem::profilerStop(c.backend());
         c.checkDeviceError();
         launch(cfg, n, k_remapClassSoA{c.soaPoints(), par.markClass, par.groundClass});
     } else {
         launch(cfg, n,
-               k_growGround<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.gridParameters, c.allowed(), n, par});
+               k_growGround<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.gridParameters, c.allowed(), n,
+                               par});
         c.checkDeviceError();
         launch(cfg, n, k_remapClass<T>{c.aosPoints(), par.markClass, par.groundClass});
     }
@@ -61,14 +66,17 @@ template <class T> void runGroundGrowth(ClassifierCore<T>& c)
                               250,
                               false};
     long long previous = ready ? countGrownClass(c, groundClass) : 0;
-    if (c.par.GroundGrowthIterations < 1) return;
+    if (c.par.GroundGrowthIterations < 1)
+        return;
     for (int k = 1;; ++k) {
-        if (ready) growGroundOnce(c, cfg, par);
+        if (ready)
+            growGroundOnce(c, cfg, par);
         const long long now = ready ? countGrownClass(c, groundClass) : 0;
         const long long difference = now - previous;
         c.msg(2, "Iteration: ", k);
         c.msg(2, "Ground points difference: ", difference);
-        if (difference == 0 || k >= c.par.GroundGrowthIterations) break;
+        if (difference == 0 || k >= c.par.GroundGrowthIterations)
+            break;
         previous = now;
     }
 }

@@ -67,18 +67,22 @@ template <class T, class Points, class Index, class Groups, class Model> struct 
     VX_HD void operator()(int c) const
     {
         using R = typename Model::Real;
-        if (c >= cellCount) return;
+        if (c >= cellCount)
+            return;
         model.set(c, R(0), R(0), R(0), R(0), R(0), R(0), false);
-        if (groups.count(c) == 0) return;
+        if (groups.count(c) == 0)
+            return;
         R sum[6] = {0, 0, 0, 0, 0, 0};
         int n = 0;
         forEachInCell(itg, groups, c, 0, [&](int q, int) {
-            if (pts.cls(q) != groundClass) return;
+            if (pts.cls(q) != groundClass)
+                return;
             sum[0] += R(pts.x(q)), sum[1] += R(pts.y(q)), sum[2] += R(pts.z(q));
             sum[3] += R(pts.nx(q)), sum[4] += R(pts.ny(q)), sum[5] += R(pts.nz(q));
             ++n;
         });
-        if (n == 0) return;
+        if (n == 0)
+            return;
         const R k = R(n);
         model.set(c, sum[0] / k, sum[1] / k, sum[2] / k, sum[3] / k, sum[4] / k, sum[5] / k, true);
     }
@@ -99,15 +103,18 @@ template <class T, class Model> struct GroundInfoSpread {
     VX_HD void operator()(int c) const
     {
         using R = typename Model::Real;
-        if (c >= cellCount || model.hasGround(c)) return;
+        if (c >= cellCount || model.hasGround(c))
+            return;
         R z = model.z(c), nx = model.nx(c), ny = model.ny(c), nz = model.nz(c);
         int n = 0;
         forEachPlanarNeighbourCell(grid, c, [&](int m) {
-            if (!model.hasGround(m)) return;
+            if (!model.hasGround(m))
+                return;
             z += model.z(m), nx += model.nx(m), ny += model.ny(m), nz += model.nz(m);
             ++n;
         });
-        if (n == 0) return;
+        if (n == 0)
+            return;
         const CellCoords cc = cellCoords(grid, c);
         const R k = R(n);
         model.set(c, R(grid.minX + T(cc.x) * grid.sizeX), R(grid.minY + T(cc.y) * grid.sizeY), z / k, nx / k,
@@ -134,26 +141,31 @@ template <class T, class Points, class Index, class Groups, class Model> struct 
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int p = itg.pointIndex(i);
-        if (pts.cls(p) != candidateClass) return;
+        if (pts.cls(p) != candidateClass)
+            return;
         const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
         const T range2 = range * range;
         const int cell = itg.group(i);
         bool belowEvery = true;
         forEachInCell(itg, groups, cell, 0, [&](int q, int) {
-            if (!belowEvery || pts.cls(q) != groundClass) return;
+            if (!belowEvery || pts.cls(q) != groundClass)
+                return;
             const T nx = pts.nx(q), ny = pts.ny(q), nz = pts.nz(q);
             const T s = nx * (px - T(pts.x(q))) + ny * (py - T(pts.y(q))) + nz * (pz - T(pts.z(q)));
             const T e = s * s / (nx * nx + ny * ny + nz * nz);
-            if (!(s < T(0) && e > range2)) belowEvery = false;
+            if (!(s < T(0) && e > range2))
+                belowEvery = false;
         });
         if (!belowEvery) {
             pts.setCls(p, replacementClass);
             return;
         }
         const T nx = model.nx(cell), ny = model.ny(cell), nz = model.nz(cell);
-        const T s = nx * (px - T(model.x(cell))) + ny * (py - T(model.y(cell))) + nz * (pz - T(model.z(cell)));
+        const T s =
+            nx * (px - T(model.x(cell))) + ny * (py - T(model.y(cell))) + nz * (pz - T(model.z(cell)));
         const T e = s * s / (nx * nx + ny * ny + nz * nz);
         if (s >= T(0) || s != s)
             pts.setCls(p, replacementClass);

@@ -20,8 +20,9 @@ template <class T> void runGroundSeeds(ClassifierCore<T>& c)
                                            c.slots.GroundClass});
         else
             launch(cfg, c.pointCount,
-                   k_findGroundSeeds<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.gridParameters, c.allowed(),
-                                        c.pointCount, c.par.SeedSearchMaxHindeks, c.slots.GroundClass});
+                   k_findGroundSeeds<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.gridParameters,
+                                        c.allowed(), c.pointCount, c.par.SeedSearchMaxHindeks,
+                                        c.slots.GroundClass});
     }
     c.checkDeviceError();
 }

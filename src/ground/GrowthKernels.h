@@ -11,8 +11,14 @@
 
 namespace vx {
 
-template <class T> VX_HD inline T growthSqrt(T v) { return static_cast<T>(::sqrt(v)); }
-template <class T> VX_HD inline T growthAbs(T v) { return static_cast<T>(::fabs(v)); }
+template <class T> VX_HD inline T growthSqrt(T v)
+{
+    return static_cast<T>(::sqrt(v));
+}
+template <class T> VX_HD inline T growthAbs(T v)
+{
+    return static_cast<T>(::fabs(v));
+}
 
 /// The settings of one growth pass, in the order the driver hands them over.
 template <class T> struct GrowthParams {
@@ -20,20 +26,20 @@ template <class T> struct GrowthParams {
     float minCosinus;
     T range;
     T maxHeightDifference;
-    T rangeLowest;        ///< plan radius of the above-plane test; 0 or less turns it off
+    T rangeLowest; ///< plan radius of the above-plane test; 0 or less turns it off
     float maxCosinusPar2;
     int groundClass;
-    int markClass;        ///< accepted in this pass; the remap turns it into groundClass
-    bool averagePlane;    ///< plane from the mean of all ground neighbours in range
+    int markClass;     ///< accepted in this pass; the remap turns it into groundClass
+    bool averagePlane; ///< plane from the mean of all ground neighbours in range
 };
 
 /// Quantities of point p relative to the plane through X with normal N.
 template <class T> struct PlaneTerms {
-    T e;        ///< squared distance from the plane
-    T c;        ///< |cos| between N and the normal of p (NaN when either is zero)
-    T dz;       ///< z of p minus z of X
-    T g;        ///< cosine between N and the direction from X to p (NaN when p is X)
-    T gFields;  ///< the per-field pass's cosine, the z difference standing in for the x one
+    T e;       ///< squared distance from the plane
+    T c;       ///< |cos| between N and the normal of p (NaN when either is zero)
+    T dz;      ///< z of p minus z of X
+    T g;       ///< cosine between N and the direction from X to p (NaN when p is X)
+    T gFields; ///< the per-field pass's cosine, the z difference standing in for the x one
 };
 
 template <class T>
@@ -84,7 +90,8 @@ template <class T> struct GroundPlaneSearch {
         const T d2 = h2 + dz * dz;
         if (rangeLowest > T(0) && notAbove && h2 <= rangeLowest2) {
             const T s = T(pts.nx(q)) * dx + T(pts.ny(q)) * dy + T(pts.nz(q)) * dz;
-            if (s < T(0)) notAbove = false;
+            if (s < T(0))
+                notAbove = false;
         }
         if (d2 < range2 && d2 < best) {
             if (average) {
@@ -104,7 +111,8 @@ template <class T> struct GroundPlaneSearch {
     template <class Points> VX_HD void plane(const Points& pts, T X[3], T N[3]) const
     {
         if (average) {
-            for (int k = 0; k < 3; ++k) X[k] = sum[k] / T(n), N[k] = sum[3 + k] / T(n);
+            for (int k = 0; k < 3; ++k)
+                X[k] = sum[k] / T(n), N[k] = sum[3 + k] / T(n);
             return;
         }
         X[0] = pts.x(nearest), X[1] = pts.y(nearest), X[2] = pts.z(nearest);
@@ -130,11 +138,14 @@ template <class T, class Points, class Index, class Groups, FirstPassRules Rules
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int p = itg.pointIndex(i);
         const int cls = pts.cls(p);
-        if (!allowed.admits(cls)) return;
-        if (Rules == FirstPassRules::Records && pts.lastReturn(p) != 1) return;
+        if (!allowed.admits(cls))
+            return;
+        if (Rules == FirstPassRules::Records && pts.lastReturn(p) != 1)
+            return;
         const T P[3] = {T(pts.x(p)), T(pts.y(p)), T(pts.z(p))};
         GroundPlaneSearch<T> search(P[0], P[1], P[2], par, grid.maxX - grid.minX);
         bool lowest = true;
@@ -144,15 +155,20 @@ template <class T, class Points, class Index, class Groups, FirstPassRules Rules
             const int qc = pts.cls(q);
             if (Rules == FirstPassRules::Records) {
                 const bool related = allowed.entry(qc) > 0 || qc == par.groundClass || qc == par.markClass;
-                if (related && T(pts.z(q)) < P[2]) lowest = false;
-                if (qc != par.groundClass) return;
+                if (related && T(pts.z(q)) < P[2])
+                    lowest = false;
+                if (qc != par.groundClass)
+                    return;
             } else {
-                if (qc != par.groundClass) return;
-                if (T(pts.z(q)) < P[2]) lowest = false;
+                if (qc != par.groundClass)
+                    return;
+                if (T(pts.z(q)) < P[2])
+                    lowest = false;
             }
             search.offer(pts, q);
         });
-        if (!search.found()) return;
+        if (!search.found())
+            return;
         T X[3], N[3];
         search.plane(pts, X, N);
         const T np[3] = {T(pts.nx(p)), T(pts.ny(p)), T(pts.nz(p))};
@@ -169,7 +185,8 @@ template <class T, class Points, class Index, class Groups, FirstPassRules Rules
             pts.setCls(p, cls + 1000);
     }
 };
-template <class T> using k_growGround = GrowGround<T, AosPoints<T>, AosIndex, AosGroups, FirstPassRules::Records>;
+template <class T>
+using k_growGround = GrowGround<T, AosPoints<T>, AosIndex, AosGroups, FirstPassRules::Records>;
 template <class T>
 using k_growGroundIntSoA = GrowGround<T, SoaPoints, SoaIndex, SoaGroups, FirstPassRules::Fields>;
 
@@ -196,22 +213,28 @@ template <class T, class Points, class Index, class Groups> struct GrowGroundFro
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int p = itg.pointIndex(i);
         const int cls = pts.cls(p);
-        if (cls > 255 || cls == par.markClass) return;
-        if (!allowed.admits(cls) || pts.lastReturn(p) != 1) return;
+        if (cls > 255 || cls == par.markClass)
+            return;
+        if (!allowed.admits(cls) || pts.lastReturn(p) != 1)
+            return;
         const T P[3] = {T(pts.x(p)), T(pts.y(p)), T(pts.z(p))};
         GroundPlaneSearch<T> search(P[0], P[1], P[2], par, grid.maxX - grid.minX);
         bool lowest = true;
         // Empty cells (count below 1) give an empty run from start + count, so they are skipped.
         const RunsFromStartAndCount<Groups> runs{groups};
         forEachNeighbour(itg, runs, grid, itg.group(i), Visit{0, true}, [&](int q, int, int) {
-            if (T(pts.z(q)) < P[2]) lowest = false;
-            if (pts.cls(q) != par.groundClass) return;
+            if (T(pts.z(q)) < P[2])
+                lowest = false;
+            if (pts.cls(q) != par.groundClass)
+                return;
             search.offer(pts, q);
         });
-        if (!search.found()) return;
+        if (!search.found())
+            return;
         T X[3], N[3];
         search.plane(pts, X, N);
         const T np[3] = {T(pts.nx(p)), T(pts.ny(p)), T(pts.nz(p))};

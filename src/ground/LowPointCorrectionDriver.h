@@ -20,8 +20,10 @@ namespace vx::VX_BACKEND_NS {
 template <class T> long long countCellsWithoutGround(ClassifierCore<T>& c)
 {
     const int cells = c.groupCount;
-    if (cells < 1) return 0;
-    if (!c.soa) return countIf(c.groundModel.data(), cells, NoGroundGroups<T>{});
+    if (cells < 1)
+        return 0;
+    if (!c.soa)
+        return countIf(c.groundModel.data(), cells, NoGroundGroups<T>{});
     return static_cast<long long>(thrust::count_if(policy(), thrust::counting_iterator<int>(0),
                                                    thrust::counting_iterator<int>(cells),
                                                    NoGroundGroupsSoA{c.groundModelSoA.view()}));
@@ -51,7 +53,8 @@ template <class T> void allocateGroundModel(ClassifierCore<T>& c)
 }
 
 template <class T, class Model, class Points, class Index, class Groups>
-void correctLowPoints(ClassifierCore<T>& c, const LaunchConfig& cfg, Model model, Points pts, Index itg, Groups groups)
+void correctLowPoints(ClassifierCore<T>& c, const LaunchConfig& cfg, Model model, Points pts, Index itg,
+                      Groups groups)
 {
     const int cells = c.groupCount;
     c.msg(4, "Gathering ground info:", c.slots.GroundClass);
@@ -70,15 +73,16 @@ void correctLowPoints(ClassifierCore<T>& c, const LaunchConfig& cfg, Model model
         const long long now = countCellsWithoutGround(c);
         c.msg(4, "Info spread: ", now);
         c.msg(4, "Groups: ", cells);
-        if (now == previous) break;
+        if (now == previous)
+            break;
         previous = now;
     }
 
     c.msg(4, "Filtering low points: ", cfg.blocks);
     launch(cfg, c.pointCount,
-           FilterLowPoints<T, Points, Index, Groups, Model>{pts, itg, groups, c.gridParameters, model, c.pointCount,
-                                                            c.par.LowPointFilteringRange, c.slots.ReferenceClass,
-                                                            c.slots.GroundClass, c.slots.TargetClass});
+           FilterLowPoints<T, Points, Index, Groups, Model>{
+               pts, itg, groups, c.gridParameters, model, c.pointCount, c.par.LowPointFilteringRange,
+               c.slots.ReferenceClass, c.slots.GroundClass, c.slots.TargetClass});
     c.checkDeviceError();
 }
 
@@ -96,7 +100,8 @@ template <class T> void runLowPointCorrection(ClassifierCore<T>& c)
         c.msg(0, "ERROR! Low point correction aborted - too little memory!");
         return;
     }
-    if (!c.requireGrid()) return;
+    if (!c.requireGrid())
+        return;
     allocateGroundModel(c);
     if (c.soa)
         correctLowPoints<T>(c, cfg, SoaGroundModel{c.groundModelSoA.view()}, c.soaPoints(), c.soaIndex(),

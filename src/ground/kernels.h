@@ -57,10 +57,13 @@ template <class T, class Points, class Index, class Groups> struct FindLowPoints
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int p = itg.pointIndex(i);
-        if (!allowed.admits(pts.cls(p))) return;
-        if (pts.nx(p) == 0 && pts.ny(p) == 0 && pts.nz(p) == 0) pts.setCls(p, lowClass);
+        if (!allowed.admits(pts.cls(p)))
+            return;
+        if (pts.nx(p) == 0 && pts.ny(p) == 0 && pts.nz(p) == 0)
+            pts.setCls(p, lowClass);
     }
 };
 template <class T> using k_findLowPoints = FindLowPoints<T, AosPoints<T>, AosIndex, AosGroups>;
@@ -80,12 +83,16 @@ template <class T, class Points, class Index, class Groups> struct FindGroundSee
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count) return;
+        if (i >= count)
+            return;
         const int p = itg.pointIndex(i);
-        if (!allowed.admits(pts.cls(p))) return;
-        if (pts.lastReturn(p) != 1) return;
+        if (!allowed.admits(pts.cls(p)))
+            return;
+        if (pts.lastReturn(p) != 1)
+            return;
         const float h = pts.heightIndex(p);
-        if (!(h <= maxHindeks)) return; // also refuses NaN
+        if (!(h <= maxHindeks))
+            return; // also refuses NaN
         pts.setCls(p, groundClass);
     }
 };

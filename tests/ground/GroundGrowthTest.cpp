@@ -18,7 +18,8 @@ template <class T> VX_Point<T> up(T x, T y, T z, int cls, int lastReturn = 1)
 template <class T> std::vector<VX_Point<T>> row(int groundClass = 2)
 {
     std::vector<VX_Point<T>> pts;
-    for (int i = 0; i < 10; ++i) pts.push_back(up<T>(T(i), 0, 0, i == 0 ? groundClass : 1));
+    for (int i = 0; i < 10; ++i)
+        pts.push_back(up<T>(T(i), 0, 0, i == 0 ? groundClass : 1));
     return pts;
 }
 
@@ -102,8 +103,8 @@ template <class T> void neighbourExactlyAtTheRangeIsNotUsed(const Setting& s)
 {
     Vexaro<T> v;
     // The class 9 point widens the grid so that its x extent does not bound the search.
-    load<T>(v, s, {up<T>(0, 0, 0, 2), up<T>(T(1.5), 0, 0, 1), up<T>(0, T(1.25), 0, 1), up<T>(5, 5, 0, 9)}, 2.0,
-            false, 2);
+    load<T>(v, s, {up<T>(0, 0, 0, 2), up<T>(T(1.5), 0, 0, 1), up<T>(0, T(1.25), 0, 1), up<T>(5, 5, 0, 9)},
+            2.0, false, 2);
     allow(v, {1});
     EXPECT_EQ(grow(v, 2), loopLines({1, 0}));
     EXPECT_EQ(classes(v), (std::vector<int>{2, 1, 2, 9}));
@@ -144,8 +145,8 @@ template <class T> void lowestPointIsAcceptedWhateverItsNormal(const Setting& s,
     // Below the ground point: one candidate with a normal across the plane, one without a normal.
     // The last point is lower still but neither admitted nor ground, so it is not related.
     load<T>(v, s,
-            {up<T>(1, 0, 0, 2), point<T>(0, 0, T(-0.2), 1, 1, 1, 0, 0), point<T>(0, T(0.5), T(-0.2), 1, 1, 0, 0, 0),
-             up<T>(-1, 0, T(-0.5), otherClass)},
+            {up<T>(1, 0, 0, 2), point<T>(0, 0, T(-0.2), 1, 1, 1, 0, 0),
+             point<T>(0, T(0.5), T(-0.2), 1, 1, 0, 0, 0), up<T>(-1, 0, T(-0.5), otherClass)},
             2.0);
     allow(v, {1});
     CaptureStdout out;
@@ -197,7 +198,7 @@ template <class T> void otherClassesNeverChange(const Setting& s)
 {
     Vexaro<T> v;
     auto pts = row<T>();
-    pts[3].classification = 6;  // not admitted: a gap the growth cannot cross
+    pts[3].classification = 6; // not admitted: a gap the growth cannot cross
     pts.push_back(up<T>(1, 1, 0, 9));
     load<T>(v, s, pts, 2.0);
     allow(v, {1});
@@ -208,21 +209,54 @@ template <class T> void otherClassesNeverChange(const Setting& s)
 
 } // namespace
 
-#define VX_BOTH_PRECISIONS(name)                                                                                       \
-    name<float>(GetParam());                                                                                           \
+#define VX_BOTH_PRECISIONS(name)                                                                             \
+    name<float>(GetParam());                                                                                 \
     name<double>(GetParam())
 
-TEST_P(GroundGrowth, GrowsUntilTheCountStopsChanging) { VX_BOTH_PRECISIONS(growsUntilNothingChanges); }
-TEST_P(GroundGrowth, StopsAtTheIterationLimit) { VX_BOTH_PRECISIONS(stopsAtTheIterationLimit); }
-TEST_P(GroundGrowth, WithoutGroundTheLoopEndsAfterIterationOne) { VX_BOTH_PRECISIONS(withoutGroundOneIterationAddsNothing); }
-TEST_P(GroundGrowth, ZeroIterationsRunNoPassAndPrintNothing) { VX_BOTH_PRECISIONS(zeroIterationsRunNoPass); }
-TEST_P(GroundGrowth, TheCallsClassIsTheGroundGrown) { VX_BOTH_PRECISIONS(grownClassIsTheCallsArgument); }
-TEST_P(GroundGrowth, GroundExactlyAtTheRangeIsNotUsed) { VX_BOTH_PRECISIONS(neighbourExactlyAtTheRangeIsNotUsed); }
-TEST_P(GroundGrowth, APointOnThePlanePointIsNeverAccepted) { VX_BOTH_PRECISIONS(pointOnThePlanePointIsNeverAccepted); }
-TEST_P(GroundGrowth, AboveThePlaneTestAndItsSwitch) { VX_BOTH_PRECISIONS(aboveThePlaneTestAndItsSwitch); }
-TEST_P(GroundGrowth, ANarrowGridBoundsTheSearch) { VX_BOTH_PRECISIONS(narrowGridBoundsTheSearch); }
-TEST_P(GroundGrowth, LongRangesSampleDenseCells) { VX_BOTH_PRECISIONS(longRangesSampleDenseCells); }
-TEST_P(GroundGrowth, OtherClassesNeverChange) { VX_BOTH_PRECISIONS(otherClassesNeverChange); }
+TEST_P(GroundGrowth, GrowsUntilTheCountStopsChanging)
+{
+    VX_BOTH_PRECISIONS(growsUntilNothingChanges);
+}
+TEST_P(GroundGrowth, StopsAtTheIterationLimit)
+{
+    VX_BOTH_PRECISIONS(stopsAtTheIterationLimit);
+}
+TEST_P(GroundGrowth, WithoutGroundTheLoopEndsAfterIterationOne)
+{
+    VX_BOTH_PRECISIONS(withoutGroundOneIterationAddsNothing);
+}
+TEST_P(GroundGrowth, ZeroIterationsRunNoPassAndPrintNothing)
+{
+    VX_BOTH_PRECISIONS(zeroIterationsRunNoPass);
+}
+TEST_P(GroundGrowth, TheCallsClassIsTheGroundGrown)
+{
+    VX_BOTH_PRECISIONS(grownClassIsTheCallsArgument);
+}
+TEST_P(GroundGrowth, GroundExactlyAtTheRangeIsNotUsed)
+{
+    VX_BOTH_PRECISIONS(neighbourExactlyAtTheRangeIsNotUsed);
+}
+TEST_P(GroundGrowth, APointOnThePlanePointIsNeverAccepted)
+{
+    VX_BOTH_PRECISIONS(pointOnThePlanePointIsNeverAccepted);
+}
+TEST_P(GroundGrowth, AboveThePlaneTestAndItsSwitch)
+{
+    VX_BOTH_PRECISIONS(aboveThePlaneTestAndItsSwitch);
+}
+TEST_P(GroundGrowth, ANarrowGridBoundsTheSearch)
+{
+    VX_BOTH_PRECISIONS(narrowGridBoundsTheSearch);
+}
+TEST_P(GroundGrowth, LongRangesSampleDenseCells)
+{
+    VX_BOTH_PRECISIONS(longRangesSampleDenseCells);
+}
+TEST_P(GroundGrowth, OtherClassesNeverChange)
+{
+    VX_BOTH_PRECISIONS(otherClassesNeverChange);
+}
 
 TEST_P(GroundGrowth, TheLowestPointIsAcceptedWhateverItsNormal)
 {
@@ -230,4 +264,5 @@ TEST_P(GroundGrowth, TheLowestPointIsAcceptedWhateverItsNormal)
     lowestPointIsAcceptedWhateverItsNormal<double>(GetParam(), 9);
 }
 
-INSTANTIATE_TEST_SUITE_P(Layouts, GroundGrowth, ::testing::ValuesIn(vxtest::allSettings()), vxtest::settingName);
+INSTANTIATE_TEST_SUITE_P(Layouts, GroundGrowth, ::testing::ValuesIn(vxtest::allSettings()),
+                         vxtest::settingName);

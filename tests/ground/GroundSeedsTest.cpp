@@ -21,15 +21,15 @@ template <class T> void seedRules(const Setting& s)
     const float limit = 0.25f;
     Vexaro<T> v;
     load<T>(v, s,
-            {withIndex<T>(0, 1, 1, limit),                                      // equal: a seed
-             withIndex<T>(1, 1, 1, std::nextafter(limit, 1.f)),                 // just above
-             withIndex<T>(2, 1, 0, 0.f),                                        // not the last return
-             withIndex<T>(3, 1, 2, 0.f),                                        // the flag must be exactly 1
-             withIndex<T>(4, 1, 1, std::numeric_limits<float>::quiet_NaN()),    // NaN never
-             withIndex<T>(5, 1, 1, -3.f),                                       // below is fine
-             withIndex<T>(6, 9, 1, 0.f),                                        // not admitted
-             withIndex<T>(7, 5, 1, 0.f),                                        // already ground: stays ground
-             withIndex<T>(8, 5, 1, 1.f)},                                       // ground above: untouched
+            {withIndex<T>(0, 1, 1, limit),                                   // equal: a seed
+             withIndex<T>(1, 1, 1, std::nextafter(limit, 1.f)),              // just above
+             withIndex<T>(2, 1, 0, 0.f),                                     // not the last return
+             withIndex<T>(3, 1, 2, 0.f),                                     // the flag must be exactly 1
+             withIndex<T>(4, 1, 1, std::numeric_limits<float>::quiet_NaN()), // NaN never
+             withIndex<T>(5, 1, 1, -3.f),                                    // below is fine
+             withIndex<T>(6, 9, 1, 0.f),                                     // not admitted
+             withIndex<T>(7, 5, 1, 0.f),                                     // already ground: stays ground
+             withIndex<T>(8, 5, 1, 1.f)},                                    // ground above: untouched
             10.0);
     allow(v, {1, 5});
     v.set_SeedSearchMaxHindeks(limit);
@@ -42,7 +42,8 @@ template <class T> void seedRules(const Setting& s)
 template <class T> void defaultThreshold(const Setting& s)
 {
     Vexaro<T> v;
-    load<T>(v, s, {withIndex<T>(0, 1, 1, 0.001f), withIndex<T>(1, 1, 1, 0.0011f), withIndex<T>(2, 1, 1, 0.f)}, 10.0);
+    load<T>(v, s, {withIndex<T>(0, 1, 1, 0.001f), withIndex<T>(1, 1, 1, 0.0011f), withIndex<T>(2, 1, 1, 0.f)},
+            10.0);
     CaptureStdout out;
     v.findGroundSeed(2);
     EXPECT_EQ(classes(v), (std::vector<int>{2, 1, 2}));
@@ -59,7 +60,8 @@ template <class T> void messages(const Setting& s)
     {
         CaptureStdout out;
         v.findGroundSeed(2);
-        EXPECT_EQ(driverLines(out), (Lines{"Threads:  256", "Blocks:  1", "Filtering ground seed points  0.001"}));
+        EXPECT_EQ(driverLines(out),
+                  (Lines{"Threads:  256", "Blocks:  1", "Filtering ground seed points  0.001"}));
     }
     v.set_SeedSearchMaxHindeks(0.25f);
     v.setMessageLevel(2);
@@ -72,7 +74,8 @@ template <class T> void messages(const Setting& s)
     {
         CaptureStdout out;
         v.findGroundSeed(2);
-        EXPECT_EQ(driverLines(out), (Lines{"Threads:  256", "Blocks:  1", "Filtering ground seed points  0.25"}));
+        EXPECT_EQ(driverLines(out),
+                  (Lines{"Threads:  256", "Blocks:  1", "Filtering ground seed points  0.25"}));
     }
 }
 
@@ -96,4 +99,5 @@ TEST_P(GroundSeeds, Messages)
     messages<double>(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Layouts, GroundSeeds, ::testing::ValuesIn(vxtest::allSettings()), vxtest::settingName);
+INSTANTIATE_TEST_SUITE_P(Layouts, GroundSeeds, ::testing::ValuesIn(vxtest::allSettings()),
+                         vxtest::settingName);

@@ -42,7 +42,8 @@ inline std::vector<std::string> driverLines(const vxtest::CaptureStdout& out)
             inside = line == "SOA " || line == "AOS ";
             continue;
         }
-        if (line.rfind("Time: ", 0) == 0) break;
+        if (line.rfind("Time: ", 0) == 0)
+            break;
         mine.push_back(line);
     }
     return mine;

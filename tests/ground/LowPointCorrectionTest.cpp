@@ -8,7 +8,10 @@ namespace {
 
 class LowPointCorrection : public SettingTest {};
 
-template <class T> VX_Point<T> up(T x, T y, T z, int cls) { return point<T>(x, y, z, cls, 1, 0, 0, 1); }
+template <class T> VX_Point<T> up(T x, T y, T z, int cls)
+{
+    return point<T>(x, y, z, cls, 1, 0, 0, 1);
+}
 
 template <class T> Lines correct(Vexaro<T>& v, int ground = 2, int candidate = 8, int replacement = 1)
 {
@@ -61,8 +64,9 @@ template <class T> void withoutGroundEveryCandidateIsReplaced(const Setting& s)
             {up<T>(T(0.5), T(0.5), 0, 8), up<T>(T(1.5), T(0.5), -3, 8), up<T>(T(2.5), T(0.5), -10, 8),
              up<T>(T(2.5), T(0.5), -20, 5)},
             1.0, true, 4);
-    EXPECT_EQ(correct(v), (Lines{"Threads:  256", "Blocks:  1", "Gathering ground info: 2", "Groups: 3", "Info spread 3",
-                                 "Info spread:  3", "Groups:  3", "Filtering low points:  1"}));
+    EXPECT_EQ(correct(v),
+              (Lines{"Threads:  256", "Blocks:  1", "Gathering ground info: 2", "Groups: 3", "Info spread 3",
+                     "Info spread:  3", "Groups:  3", "Filtering low points:  1"}));
     EXPECT_EQ(classes(v), (std::vector<int>{1, 1, 1, 5}));
 }
 
@@ -71,16 +75,19 @@ template <class T> void zeroNormalGroundCountsAsNoGround(const Setting& s, bool 
     // Cell 0 ground, cell 1 ground (with or without normals), cell 2 only a candidate.
     Vexaro<T> v;
     auto middle = up<T>(T(1.5), T(0.5), 0, 2);
-    if (zeroNormals) middle.nz = 0;
+    if (zeroNormals)
+        middle.nz = 0;
     load<T>(v, s, {up<T>(T(0.5), T(0.5), 0, 2), middle, up<T>(T(2.5), T(0.5), -5, 8)}, 1.0, true, 4);
     const Lines lines = correct(v);
     if (zeroNormals) {
-        EXPECT_EQ(lines, (Lines{"Threads:  256", "Blocks:  1", "Gathering ground info: 2", "Groups: 3", "Info spread 2",
-                                "Info spread:  2", "Groups:  3", "Filtering low points:  1"}));
+        EXPECT_EQ(lines,
+                  (Lines{"Threads:  256", "Blocks:  1", "Gathering ground info: 2", "Groups: 3",
+                         "Info spread 2", "Info spread:  2", "Groups:  3", "Filtering low points:  1"}));
         EXPECT_EQ(classes(v), (std::vector<int>{2, 2, 1}));
     } else {
-        EXPECT_EQ(lines, (Lines{"Threads:  256", "Blocks:  1", "Gathering ground info: 2", "Groups: 3", "Info spread 1",
-                                "Info spread:  0", "Groups:  3", "Filtering low points:  1"}));
+        EXPECT_EQ(lines,
+                  (Lines{"Threads:  256", "Blocks:  1", "Gathering ground info: 2", "Groups: 3",
+                         "Info spread 1", "Info spread:  0", "Groups:  3", "Filtering low points:  1"}));
         EXPECT_EQ(classes(v), (std::vector<int>{2, 2, 8}));
     }
 }
@@ -88,10 +95,10 @@ template <class T> void zeroNormalGroundCountsAsNoGround(const Setting& s, bool 
 template <class T> void allGroundMeansNoSpreading(const Setting& s)
 {
     Vexaro<T> v;
-    load<T>(v, s, {up<T>(T(0.5), T(0.5), 0, 2), up<T>(T(1.5), T(0.5), -3, 2), up<T>(T(1.5), T(0.5), -5, 8)}, 1.0,
-            true, 4);
-    EXPECT_EQ(correct(v), (Lines{"Threads:  256", "Blocks:  1", "Gathering ground info: 2", "Groups: 2", "Info spread 0",
-                                 "Filtering low points:  1"}));
+    load<T>(v, s, {up<T>(T(0.5), T(0.5), 0, 2), up<T>(T(1.5), T(0.5), -3, 2), up<T>(T(1.5), T(0.5), -5, 8)},
+            1.0, true, 4);
+    EXPECT_EQ(correct(v), (Lines{"Threads:  256", "Blocks:  1", "Gathering ground info: 2", "Groups: 2",
+                                 "Info spread 0", "Filtering low points:  1"}));
     EXPECT_EQ(classes(v), (std::vector<int>{2, 2, 8}));
     v.setMessageLevel(3);
     EXPECT_EQ(correct(v, 2, 8, 7), (Lines{"Threads:  256", "Blocks:  1"}));
@@ -101,8 +108,8 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
 {
     Vexaro<T> v;
     load<T>(v, s,
-            {point<T>(T(0.5), T(0.5), 0, 2, 1, 0, 0, 1), point<T>(T(0.75), T(0.5), T(0.25), 2, 1, 0, T(0.5), T(0.75)),
-             up<T>(T(1.5), T(0.5), -5, 8)},
+            {point<T>(T(0.5), T(0.5), 0, 2, 1, 0, 0, 1),
+             point<T>(T(0.75), T(0.5), T(0.25), 2, 1, 0, T(0.5), T(0.75)), up<T>(T(1.5), T(0.5), -5, 8)},
             1.0, true);
     correct(v);
     auto& c = v.engine();
@@ -118,7 +125,8 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
                         m.ny.data()[g], m.nz.data()[g], m.hasGround.data()[g]};
         }
         const auto& m = c.groundModel.data()[g];
-        return Cell{double(m.x), double(m.y), double(m.z), double(m.nx), double(m.ny), double(m.nz), m.hasGround};
+        return Cell{double(m.x),  double(m.y),  double(m.z), double(m.nx),
+                    double(m.ny), double(m.nz), m.hasGround};
     };
     const Cell own = cell(0), filled = cell(1);
     EXPECT_EQ(own.x, 0.625);
@@ -142,7 +150,8 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
         v.regularGridDecomposition2D(0.25, 0.25);
     }
     correct(v);
-    EXPECT_EQ(c.soa ? c.groundModelSoA.x.size() : c.groundModel.size(), static_cast<std::size_t>(c.groupCount));
+    EXPECT_EQ(c.soa ? c.groundModelSoA.x.size() : c.groundModel.size(),
+              static_cast<std::size_t>(c.groupCount));
     EXPECT_GT(c.groupCount, 2);
 }
 
@@ -152,7 +161,8 @@ template <class T> void tooLittleMemoryAborts(const Setting& s)
     load<T>(v, s, {up<T>(T(0.5), T(0.5), 0, 2), up<T>(T(1.5), T(0.5), T(-0.5), 8)}, 1.0, true, 0);
     const std::size_t need = 2 * sizeof(VX_GroundModel<T>);
     v.engine().freeMemoryCap = need; // the need must lie strictly below the free memory
-    EXPECT_EQ(correct(v), (Lines{"Threads:  256", "Blocks:  1", "ERROR! Low point correction aborted - too little memory! "}));
+    EXPECT_EQ(correct(v), (Lines{"Threads:  256", "Blocks:  1",
+                                 "ERROR! Low point correction aborted - too little memory! "}));
     EXPECT_EQ(classes(v), (std::vector<int>{2, 8}));
     EXPECT_TRUE(v.engine().groundModel.empty());
     EXPECT_TRUE(v.engine().groundModelSoA.x.empty());
@@ -166,8 +176,8 @@ template <class T> void cellsBeyondThePointLaunchAreNotProcessed(const Setting& 
     // Three points over eleven cells. With one thread a block the per-cell kernels cover only
     // blocks x threads = 4 cells; cell 10, with the ground and the candidate, is never modelled.
     Vexaro<T> v;
-    load<T>(v, s, {up<T>(T(0.5), T(0.5), 0, 2), up<T>(T(10.5), T(0.5), 0, 2), up<T>(T(10.6), T(0.5), -5, 8)}, 1.0,
-            true);
+    load<T>(v, s, {up<T>(T(0.5), T(0.5), 0, 2), up<T>(T(10.5), T(0.5), 0, 2), up<T>(T(10.6), T(0.5), -5, 8)},
+            1.0, true);
     v.set_Threads(threads);
     const Lines lines = correct(v);
     ASSERT_GE(lines.size(), 2u);
@@ -224,7 +234,8 @@ TEST_P(LowPointCorrection, NoSpreadingWhenEveryCellHasGround)
 
 TEST_P(LowPointCorrection, TheModelStaysInTheEngineUntilTheNextCall)
 {
-    if (GetParam().backend != "cpu") GTEST_SKIP() << "reads the model in place";
+    if (GetParam().backend != "cpu")
+        GTEST_SKIP() << "reads the model in place";
     modelIsKeptAndReplacedByTheNextCall<float>(GetParam());
     modelIsKeptAndReplacedByTheNextCall<double>(GetParam());
 }

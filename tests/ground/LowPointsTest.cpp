@@ -16,13 +16,12 @@ template <class T> void zeroNormalsOfAdmittedPointsOnly(const Setting& s)
     const T negZero = -T(0);
     Vexaro<T> v;
     load<T>(v, s,
-            {point<T>(0, 0, 0, 1, 1, 0, 0, 0),          // zero normal
-             point<T>(1, 0, 0, 1, 0, 0, 0, negZero),    // (0, 0, -0.0) is zero too
-             point<T>(2, 0, 0, 1, 1, tiny, 0, 0),       // any non-zero component is not
-             point<T>(3, 0, 0, 1, 1, 0, -tiny, 0),
-             point<T>(4, 0, 0, 1, 1, 0, 0, 1),
-             point<T>(5, 0, 0, 9, 1, 0, 0, 0),          // not admitted
-             point<T>(6, 0, 0, 2, 1, 0, 0, 0)},         // the ground class argument plays no part
+            {point<T>(0, 0, 0, 1, 1, 0, 0, 0),       // zero normal
+             point<T>(1, 0, 0, 1, 0, 0, 0, negZero), // (0, 0, -0.0) is zero too
+             point<T>(2, 0, 0, 1, 1, tiny, 0, 0),    // any non-zero component is not
+             point<T>(3, 0, 0, 1, 1, 0, -tiny, 0), point<T>(4, 0, 0, 1, 1, 0, 0, 1),
+             point<T>(5, 0, 0, 9, 1, 0, 0, 0),  // not admitted
+             point<T>(6, 0, 0, 2, 1, 0, 0, 0)}, // the ground class argument plays no part
             10.0);
     allow(v, {1, 2});
     CaptureStdout out;
@@ -39,7 +38,8 @@ template <class T> void messages(const Setting& s)
     {
         CaptureStdout out;
         v.gatherLowPoints(7, 2);
-        EXPECT_EQ(driverLines(out), (Lines{"Threads:  256", "Blocks:  1", "Filtering Low Points 7", "Low Point search done! "}));
+        EXPECT_EQ(driverLines(out), (Lines{"Threads:  256", "Blocks:  1", "Filtering Low Points 7",
+                                           "Low Point search done! "}));
     }
     v.setMessageLevel(2);
     {

@@ -34,7 +34,8 @@ template <class T> void ownOptionalClassIsResetWhenRangeIsSet(const Setting& s)
 {
     Vexaro<T> v;
     // Every point far from the others: only its own distance 0 can match.
-    load<T>(v, s, {point<T>(0, 0, 0, 4), point<T>(5, 0, 0, 1), point<T>(0, 5, 0, 4), point<T>(5, 5, 0, 3)}, 10.0);
+    load<T>(v, s, {point<T>(0, 0, 0, 4), point<T>(5, 0, 0, 1), point<T>(0, 5, 0, 4), point<T>(5, 5, 0, 3)},
+            10.0);
     allow(v, {1, 3, 4});
     v.set_ResetOptionalRange(T(1));
     v.set_ResetOptionalClass(4);
@@ -80,7 +81,8 @@ template <class T> void announcementLineAndMessages(const Setting& s)
     {
         CaptureStdout out;
         v.resetPointCloudClasses(3);
-        EXPECT_EQ(driverLines(out), (Lines{"Range: 0, Class: 0Threads:  256", "Blocks:  1", "Classes Reset done! "}));
+        EXPECT_EQ(driverLines(out),
+                  (Lines{"Range: 0, Class: 0Threads:  256", "Blocks:  1", "Classes Reset done! "}));
     }
     {
         // 1.5 as a double is 0x3FF8000000000000: its low 32 bits are 0.
@@ -88,7 +90,8 @@ template <class T> void announcementLineAndMessages(const Setting& s)
         v.set_ResetOptionalClass(4);
         CaptureStdout out;
         v.resetPointCloudClasses(3);
-        EXPECT_EQ(driverLines(out), (Lines{"Range: 0, Class: 4Threads:  256", "Blocks:  1", "Classes Reset done! "}));
+        EXPECT_EQ(driverLines(out),
+                  (Lines{"Range: 0, Class: 4Threads:  256", "Blocks:  1", "Classes Reset done! "}));
     }
     {
         // 0.1 widened to a double: low 32 bits 0x9999999A (double) or 0xA0000000 (from float).
@@ -140,4 +143,5 @@ TEST_P(ResetClasses, AnnouncementLineShowsTheLowBitsOfTheRange)
     announcementLineAndMessages<double>(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Layouts, ResetClasses, ::testing::ValuesIn(vxtest::allSettings()), vxtest::settingName);
+INSTANTIATE_TEST_SUITE_P(Layouts, ResetClasses, ::testing::ValuesIn(vxtest::allSettings()),
+                         vxtest::settingName);
