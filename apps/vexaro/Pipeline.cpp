@@ -1,0 +1,166 @@
+#include "Pipeline.h"
+
+#include <algorithm>
+#include <chrono>
+#include <initializer_list>
+#include <stdexcept>
+#include <vector>
+
+namespace vx::app {
+
+namespace {
+
+/// Allowed-input-classes table admitting exactly the listed classes. 256 entries cover every
+/// LAS class and the library's temporary marks 250 and 251.
+std::vector<int> admit(std::initializer_list<int> classes)
+{
+    std::vector<int> table(256, 0);
+    for (int c : classes)
+        table[static_cast<std::size_t>(c)] = 1;
+    return table;
+}
+
+template <class T> void setAllowed(Vexaro<T>& v, std::vector<int> table)
+{
+    v.set_AllowedInputClasses(table.data(), static_cast<int>(table.size()));
+}
+
+/// Runs the steps one after another and reports each with the count of what it produced.
+template <class T> class StepRunner {
+public:
+    StepRunner(Vexaro<T>& v, int steps, const ProgressFn& progress)
+        : v_(v), steps_(steps), progress_(progress)
+    {
+    }
+
+    template <class F>
+    void run(const std::string& name, const std::string& label, std::initializer_list<int> produced, F&& work)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        StepReport r;
+        r.index = ++done_;
+        r.steps = steps_;
+        r.name = name;
+        r.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        r.points = v_.pointCount();
+        r.classLabel = label;
+        if (produced.size() > 0) {
+            for (int c : currentClasses(v_))
+                if (std::find(produced.begin(), produced.end(), c) != produced.end())
+                    ++r.classPoints;
+        }
+        if (progress_)
+            progress_(r);
+    }
+
+private:
+    Vexaro<T>& v_;
+    int steps_, done_ = 0;
+    const ProgressFn& progress_;
+};
+
+} // namespace
+
+template <class T> std::vector<int> currentClasses(Vexaro<T>& v)
+{
+    const int n = v.pointCount();
+    std::vector<short> buffer(static_cast<std::size_t>(n));
+    if (n > 0)
+        v.saveClassesToBuffer(buffer.data(), n);
+    return std::vector<int>(buffer.begin(), buffer.end());
+}
+
+double gridCellSizeFor(const PipelineOptions& options)
+{
+    return options.gridCellSize > 0 ? options.gridCellSize : options.largestSearchRange;
+}
+
+template <class T>
+void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
+                 const ProgressFn& progress)
+{
+    using namespace cls;
+    const int steps = 11 + (options.output.empty() ? 0 : 1);
+    StepRunner<T> step(v, steps, progress);
+
+    step.run("load", "", {}, [&] { v.loadLASFile(input); });
+    if (v.pointCount() < 2)
+        throw std::runtime_error("'" + input + "' holds fewer than two points; nothing to classify");
+
+    // Start from nothing: whatever classes the file carried are replaced. The reset visits the
+    // points through a grid, any grid; one of few large columns is the cheapest.
+    step.run("reset classes", "unclassified", {kUnclassified}, [&] {
+        setAllowed(v, std::vector<int>(256, 1));
+        v.regularGridDecomposition2D(1000.0, 1000.0);
+        v.resetPointCloudClasses(kUnclassified);
+    });
+
+    step.run("normal vectors", "planar", {kPlanar}, [&] {
+        setAllowed(v, admit({kUnclassified}));
+        // Without a size of its own the library takes the search range as the cube edge.
+        if (options.normalCellSize > 0)
+            v.set_NormalVectorDecompositionSize(options.normalCellSize);
+        v.calculateNormalVectors(kPlanar, kScatter, kLinear);
+        if (!options.normalsBaseName.empty())
+            v.saveNormalVectors(options.normalsBaseName);
+    });
+
+    // Points whose neighbourhood was too thin for a normal are low-point candidates; they stay
+    // out of the ground steps until the low-point correction has judged them. The seed columns
+    // are wider than any building, so their lowest points lie on the ground.
+    const auto groundCandidates = admit({kUnclassified, kPlanar, kScatter, kLinear});
+    step.run("low points", "low points", {kLowPoint}, [&] {
+        v.regularGridDecomposition2D(options.seedCellSize, options.seedCellSize);
+        setAllowed(v, admit({kUnclassified}));
+        v.gatherLowPoints(kLowPoint, kGround);
+    });
+    step.run("ground seeds", "ground", {kGround}, [&] {
+        setAllowed(v, groundCandidates);
+        v.calculateHeightIndex(kGround); // the argument has no effect on the result
+        v.findGroundSeed(kGround);
+    });
+
+    // Everything after the seeds works in one grid of columns as wide as the farthest search.
+    const double cell = gridCellSizeFor(options);
+    step.run("ground growth", "ground", {kGround}, [&] {
+        v.regularGridDecomposition2D(cell, cell);
+        setAllowed(v, groundCandidates);
+        v.performIterativeGroundGrowth(kGround);
+    });
+    step.run("low-point correction", "low points", {kLowPoint},
+             [&] { v.performLowPointCorrection(kGround, kLowPoint, kUnclassified); });
+
+    // Building points themselves stay out: an admitted building point would be marked again in
+    // every growth pass and, marked, stop counting as building for the points after it.
+    const int companion = options.buildingCompanionClass;
+    step.run("building seeds", "building", {kBuilding}, [&] {
+        setAllowed(v, admit({kUnclassified, kPlanar, kScatter, kLinear, kCandidateMark}));
+        v.findBuildingSeed(kBuilding, kGround, kPlanar, companion);
+    });
+    step.run("building growth", "building", {kBuilding},
+             [&] { v.performIterativeBuildingGrowth(kBuilding, kGround, kPlanar, companion); });
+
+    step.run("vegetation", "vegetation", {kLowVegetation, kMediumVegetation, kHighVegetation}, [&] {
+        setAllowed(v, admit({kUnclassified, kPlanar, kScatter, kLinear}));
+        v.performVegetationClassification(kLowVegetation, kMediumVegetation, kHighVegetation, kGround, 0);
+    });
+
+    // Shape classes that no step claimed are plain unclassified points in the output.
+    step.run("final classes", "unclassified", {kUnclassified}, [&] {
+        setAllowed(v, admit({kPlanar, kScatter, kLinear, kGrowthMark, kCandidateMark}));
+        v.resetPointCloudClasses(kUnclassified);
+    });
+
+    if (!options.output.empty())
+        step.run("save", "", {}, [&] { v.saveLASFile(options.output); });
+}
+
+template void runPipeline<float>(Vexaro<float>&, const std::string&, const PipelineOptions&,
+                                 const ProgressFn&);
+template void runPipeline<double>(Vexaro<double>&, const std::string&, const PipelineOptions&,
+                                  const ProgressFn&);
+template std::vector<int> currentClasses<float>(Vexaro<float>&);
+template std::vector<int> currentClasses<double>(Vexaro<double>&);
+
+} // namespace vx::app

@@ -1,0 +1,79 @@
+// The recommended classification pipeline: every library call, its class numbers, the
+// allowed-input-classes table of each stage and the grid sizes, in one place. docs/pipeline.md
+// explains each choice.
+#pragma once
+
+#include <Vexaro.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vx::app {
+
+/// Class numbers of the pipeline. Final classes are ASPRS codes; 10, 11 and 12 are the shape
+/// classes of the normal step, which live only inside the run.
+namespace cls {
+constexpr int kUnclassified = 1;
+constexpr int kGround = 2;
+constexpr int kLowVegetation = 3;
+constexpr int kMediumVegetation = 4;
+constexpr int kHighVegetation = 5;
+constexpr int kBuilding = 6;
+constexpr int kLowPoint = 7;
+constexpr int kPlanar = 10;  ///< the library's default NeighbourPlaneClass: roofs and ground
+constexpr int kScatter = 11; ///< the library's fixed ChaosClass: what the vegetation step calls chaotic
+constexpr int kLinear = 12;
+constexpr int kGrowthMark = 250;    ///< written and removed by the growth steps
+constexpr int kCandidateMark = 251; ///< building candidates between the two building steps
+} // namespace cls
+
+/// Settings of the pipeline itself (the library's parameters are set on the object).
+struct PipelineOptions {
+    /// Edge of the cubic cells of the normal step; 0 leaves it to the library, which then takes
+    /// NNSearchRange_NormalVectors.
+    double normalCellSize = 0;
+    /// Edge of the square columns in which the height index judges "low" for the ground seeds.
+    /// Larger than the largest building, so that every column holds some ground.
+    double seedCellSize = 30;
+    /// Edge of the square columns of the ground, building and vegetation steps; 0 takes
+    /// largestSearchRange.
+    double gridCellSize = 0;
+    /// The farthest the ground, building and vegetation steps look with their parameters:
+    /// 2.0 with the library's defaults (VegetationRange, BuildingGroundRange and twice
+    /// Building3GroundRange); raised by settings that raise a range.
+    double largestSearchRange = 2.0;
+    /// Neighbours of this class vote for a roof plane with the plane test only.
+    int buildingCompanionClass = cls::kLinear;
+    /// Where the normal vectors are written (BASENAME.txt); empty: not written.
+    std::string normalsBaseName;
+    /// Where the classified cloud is written; empty: not written.
+    std::string output;
+};
+
+/// One finished step, for progress lines.
+struct StepReport {
+    int index = 0, steps = 0;
+    std::string name;
+    double seconds = 0;
+    int points = 0;         ///< points held by the classifier
+    std::string classLabel; ///< what the step produces ("ground", ...), or empty
+    long classPoints = 0;   ///< points of those classes after the step
+};
+using ProgressFn = std::function<void(const StepReport&)>;
+
+/// Loads `input` into v and classifies it: ground 2, low vegetation 3, medium 4, high 5,
+/// building 6, low points 7, everything else 1; writes options.output when not empty.
+/// The caller sets layout, backend and parameters on v first. Throws vexaro::LasError for an
+/// unreadable file and std::runtime_error when nothing could be loaded.
+template <class T>
+void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
+                 const ProgressFn& progress);
+
+/// The column edge used for the later steps (options.gridCellSize or the largest range).
+double gridCellSizeFor(const PipelineOptions& options);
+
+/// Classes of every point of v, in file order.
+template <class T> std::vector<int> currentClasses(Vexaro<T>& v);
+
+} // namespace vx::app

@@ -1,0 +1,111 @@
+#include "RunOptions.h"
+
+#include "ParamsFile.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+
+namespace vx::app {
+
+bool parseRunOption(ArgList& args, const std::string& token, RunOptions& run)
+{
+    if (token == "--set") {
+        const std::string text = args.value(token);
+        run.settings.push_back(parseAssignment(text, "--set " + text));
+    } else if (token == "--params") {
+        run.paramsFile = args.value(token);
+    } else if (token == "--backend") {
+        run.backend = args.value(token);
+        if (run.backend != "auto" && run.backend != "cpu" && run.backend != "cuda")
+            throw UsageError("--backend takes auto, cpu or cuda, not '" + run.backend + "'");
+    } else if (token == "--layout") {
+        const std::string layout = args.value(token);
+        if (layout != "soa" && layout != "aos")
+            throw UsageError("--layout takes soa or aos, not '" + layout + "'");
+        run.soa = layout == "soa";
+    } else if (token == "--precision") {
+        const std::string precision = args.value(token);
+        if (precision != "float" && precision != "double")
+            throw UsageError("--precision takes float or double, not '" + precision + "'");
+        run.doublePrecision = precision == "double";
+    } else if (token == "--log") {
+        run.logPath = args.value(token);
+    } else if (token == "-q" || token == "--quiet") {
+        run.quiet = true;
+    } else if (token == "-v" || token == "--verbose") {
+        run.verbose = true;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+std::vector<Setting> collectSettings(const RunOptions& run)
+{
+    std::vector<Setting> all;
+    if (!run.paramsFile.empty())
+        all = readParamsFile(run.paramsFile);
+    all.insert(all.end(), run.settings.begin(), run.settings.end());
+    return all;
+}
+
+const char* runOptionsHelp()
+{
+    return "  --set Name=value       set a parameter (repeatable; see the list below)\n"
+           "  --params FILE          read parameters from FILE, one 'Name = value' a line, '#' comments;\n"
+           "                         --set values override them\n"
+           "  --backend B            auto (CUDA when a device is present, else CPU), cpu or cuda\n"
+           "  --layout L             soa (default) or aos: the library's memory layout\n"
+           "  --precision P          float (default) or double\n"
+           "  --log FILE             write the library's own messages to FILE\n"
+           "  -v, --verbose          show the library's own messages on the terminal\n"
+           "  -q, --quiet            print nothing but errors\n";
+}
+
+namespace {
+
+template <class T>
+RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, PipelineOptions pipeline,
+                const std::string& input, LibraryOutput& libraryOutput, Reporter& reporter)
+{
+    RunResult result;
+    LibraryOutput::Redirect quiet(libraryOutput);
+    Vexaro<T> v;
+    // A device failure would end the process with status 0; a person should see it failed.
+    v.setDeviceErrorHandler([&libraryOutput](int code) {
+        libraryOutput.flush();
+        std::cerr << "vexaro: error: the compute device reported error code " << code << std::endl;
+        std::exit(1);
+    });
+    try {
+        v.setComputeBackend(run.backend);
+    } catch (const std::exception& e) {
+        throw std::runtime_error("cannot use the " + run.backend + " backend: " + e.what());
+    }
+    v.set_SoA(run.soa);
+    applySettings(settings, v, pipeline);
+    result.backend = v.computeBackend();
+    reporter.note("backend " + result.backend + ", layout " + (run.soa ? "soa" : "aos") + ", precision " +
+                  (run.doublePrecision ? "double" : "float"));
+
+    const auto start = std::chrono::steady_clock::now();
+    runPipeline(v, input, pipeline, [&reporter](const StepReport& r) { reporter.step(r); });
+    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    result.classes = currentClasses(v);
+    v.clearAllMemory();
+    return result;
+}
+
+} // namespace
+
+RunResult runClassification(const RunOptions& run, const std::vector<Setting>& settings,
+                            PipelineOptions pipeline, const std::string& input, LibraryOutput& libraryOutput,
+                            Reporter& reporter)
+{
+    if (run.doublePrecision)
+        return runAs<double>(run, settings, pipeline, input, libraryOutput, reporter);
+    return runAs<float>(run, settings, pipeline, input, libraryOutput, reporter);
+}
+
+} // namespace vx::app

@@ -1,0 +1,82 @@
+#include "scene/Terrain.h"
+
+#include <cmath>
+
+namespace vx::scene {
+
+namespace {
+
+/// Smooth step with zero first and second derivatives at 0 and 1.
+double smoother(double t)
+{
+    return t * t * t * (t * (t * 6.0 - 15.0) + 10.0);
+}
+
+/// A smooth bump of height 1 at t = 0 that reaches 0, flat, at |t| = 1.
+double bump(double t)
+{
+    if (t <= -1.0 || t >= 1.0)
+        return 0.0;
+    const double u = 1.0 - t * t;
+    return u * u;
+}
+
+/// A line through the middle part of the scene with a random direction.
+SceneLine randomLine(Random& rng, double side)
+{
+    SceneLine line;
+    line.px = rng.uniform(0.3, 0.7) * side;
+    line.py = rng.uniform(0.3, 0.7) * side;
+    rng.direction(line.dx, line.dy);
+    return line;
+}
+
+} // namespace
+
+Terrain::Terrain(Random& rng, double side)
+{
+    double gx = 0, gy = 0;
+    rng.direction(gx, gy);
+    const double slope = rng.uniform(0.02, 0.05);
+    tiltX_ = gx * slope;
+    tiltY_ = gy * slope;
+    noiseSeed_ = rng.next();
+    hillAmplitude_ = rng.uniform(1.5, 3.5);
+    bumpAmplitude_ = rng.uniform(0.3, 0.7);
+
+    ridge_ = randomLine(rng, side);
+    ridgeHeight_ = rng.uniform(4.0, 7.0);
+    ridgeHalfWidth_ = rng.uniform(25.0, 35.0);
+
+    ditch_ = randomLine(rng, side);
+    ditchDepth_ = rng.uniform(0.9, 1.4);
+    ditchHalfWidth_ = rng.uniform(4.0, 5.0);
+}
+
+double Terrain::valueNoise(double x, double y, double cell, uint64_t seed) const
+{
+    const double fx = x / cell, fy = y / cell;
+    const double ix = std::floor(fx), iy = std::floor(fy);
+    const double tx = smoother(fx - ix), ty = smoother(fy - iy);
+    auto corner = [&](double cx, double cy) {
+        const auto key = (static_cast<uint64_t>(static_cast<int64_t>(cx)) << 32) ^
+                         static_cast<uint64_t>(static_cast<int64_t>(cy) & 0xFFFFFFFF);
+        return static_cast<double>(hashMix(key, seed) >> 11) * (2.0 / 9007199254740992.0) - 1.0;
+    };
+    const double a = corner(ix, iy), b = corner(ix + 1, iy);
+    const double c = corner(ix, iy + 1), d = corner(ix + 1, iy + 1);
+    const double low = a + (b - a) * tx, high = c + (d - c) * tx;
+    return low + (high - low) * ty;
+}
+
+double Terrain::height(double x, double y) const
+{
+    double z = base_ + tiltX_ * x + tiltY_ * y;
+    z += hillAmplitude_ * valueNoise(x, y, 110.0, noiseSeed_);
+    z += bumpAmplitude_ * valueNoise(x, y, 35.0, noiseSeed_ + 1);
+    z += ridgeHeight_ * bump(ridge_.distance(x, y) / ridgeHalfWidth_);
+    z -= ditchDepth_ * bump(ditch_.distance(x, y) / ditchHalfWidth_);
+    return z;
+}
+
+} // namespace vx::scene

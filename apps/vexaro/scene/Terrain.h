@@ -1,0 +1,40 @@
+// Bare-earth height of the demo scene: a tilted plane with rolling hills, one ridge and one ditch.
+#pragma once
+
+#include "scene/Random.h"
+
+namespace vx::scene {
+
+/// A straight line through the scene; distance() is signed, in metres.
+struct SceneLine {
+    double px = 0, py = 0; ///< a point on the line
+    double dx = 1, dy = 0; ///< unit direction
+    double distance(double x, double y) const { return (x - px) * -dy + (y - py) * dx; }
+};
+
+class Terrain {
+public:
+    /// Draws the shape for a square scene of the given side (metres) from rng.
+    Terrain(Random& rng, double side);
+
+    /// Height of the bare earth at (x, y), metres above the vertical datum.
+    double height(double x, double y) const;
+
+    const SceneLine& ridge() const { return ridge_; }
+    const SceneLine& ditch() const { return ditch_; }
+    double ditchHalfWidth() const { return ditchHalfWidth_; }
+
+private:
+    double valueNoise(double x, double y, double cell, uint64_t seed) const;
+
+    double base_ = 120.0;
+    double tiltX_ = 0, tiltY_ = 0;
+    uint64_t noiseSeed_ = 0;
+    double hillAmplitude_ = 0, bumpAmplitude_ = 0;
+    SceneLine ridge_;
+    double ridgeHeight_ = 0, ridgeHalfWidth_ = 1;
+    SceneLine ditch_;
+    double ditchDepth_ = 0, ditchHalfWidth_ = 1;
+};
+
+} // namespace vx::scene

@@ -1,0 +1,34 @@
+// Running the real vexaro executable from tests, in a scratch folder of each test's own.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace clitest {
+
+struct Result {
+    int status = -1; ///< exit status
+    std::string out; ///< standard output
+    std::string err; ///< standard error
+};
+
+/// Runs `vexaro ARGS...` with the scratch folder as working directory.
+Result run(const std::vector<std::string>& args);
+
+/// A fresh, empty folder for the running test (removed by the next run of the same test).
+std::filesystem::path scratch();
+
+/// Path of a sample file of the shared data folder.
+std::string sample(const std::string& name);
+
+/// Writes text to a file of the scratch folder and returns its path.
+std::string writeText(const std::string& name, const std::string& text);
+
+/// Whole content of a file.
+std::string readText(const std::filesystem::path& path);
+
+/// The line of `text` that starts with `prefix`, or "" when there is none.
+std::string lineStartingWith(const std::string& text, const std::string& prefix);
+
+} // namespace clitest
