@@ -164,11 +164,13 @@ TEST(ClassifyPipeline, DemoReportsAccuracyAndLeavesItsFiles)
 
 TEST(ClassifyPipeline, DemoSceneIsTheSameForASeed)
 {
-    // One host thread: the steps update classes in place, so only a fixed order repeats exactly.
-    ASSERT_EQ(run({"demo", "--points", "10000", "--seed", "7", "--out", "a", "-q", "--set", "HostThreads=1"})
+    // One CPU thread: the steps update classes in place, so only a fixed order repeats exactly.
+    ASSERT_EQ(run({"demo", "--points", "10000", "--seed", "7", "--out", "a", "-q", "--backend", "cpu",
+                   "--set", "HostThreads=1"})
                   .status,
               0);
-    ASSERT_EQ(run({"demo", "--points", "10000", "--seed", "7", "--out", "b", "-q", "--set", "HostThreads=1"})
+    ASSERT_EQ(run({"demo", "--points", "10000", "--seed", "7", "--out", "b", "-q", "--backend", "cpu",
+                   "--set", "HostThreads=1"})
                   .status,
               0);
     ASSERT_EQ(run({"demo", "--points", "10000", "--seed", "8", "--out", "c", "-q"}).status, 0);
