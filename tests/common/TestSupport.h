@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <iostream>
 #include <sstream>
 #include <string>
@@ -27,6 +28,21 @@ private:
     std::ostringstream buffer_;
     std::streambuf* old_;
 };
+
+/// Runs step with output captured until one run takes under a millisecond of wall time (at most
+/// 50 tries, so a loaded machine cannot fail a check of the sub-millisecond timing lines);
+/// returns that run's output, or an empty string when no run was quick enough.
+template <class Step> std::string quickRunOutput(Step&& step)
+{
+    for (int attempt = 0; attempt < 50; ++attempt) {
+        CaptureStdout out;
+        const auto t0 = std::chrono::steady_clock::now();
+        step();
+        const auto took = std::chrono::steady_clock::now() - t0;
+        if (took < std::chrono::milliseconds(1)) return out.text();
+    }
+    return {};
+}
 
 /// "cpu" always; "cuda" where a CUDA device answers.
 std::vector<std::string> availableBackends();

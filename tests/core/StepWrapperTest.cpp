@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <regex>
+#include <sstream>
 
 using namespace vxtest;
 
@@ -46,19 +47,19 @@ TEST(StepWrapper, ModeLineAndBothTimingLinesForAQuickStep)
         v.setComputeBackend("cpu");
         v.set_SoA(soa);
         v.setMessageLevel(0);
+        v.setHostThreads(1);
         auto pts = smallCloud();
         v.loadDirectData(pts.data(), 10);
         {
             CaptureStdout quiet;
             v.regularGridDecomposition3Dcube(100.0);
         }
-        CaptureStdout out;
-        v.resetPointCloudClasses(2);
-        // A 10-point step takes far less than a millisecond on any machine.
+        const std::string text = quickRunOutput([&] { v.resetPointCloudClasses(2); });
+        if (text.empty()) GTEST_SKIP() << "the machine is too loaded for a sub-millisecond step";
         const std::string expected = std::string(soa ? "SOA \n" : "AOS \n") +
                                      "Range: 0, Class: 0Threads:  256\nBlocks:  1\nTime: 0 s\nTime: 0 ms\n" +
                                      (soa ? "Soa sync \nCopy \n" : "");
-        EXPECT_EQ(out.text(), expected);
+        EXPECT_EQ(text, expected);
     }
 }
 
@@ -73,12 +74,17 @@ TEST(StepWrapper, BuildingStepsPrintNoModeLineInTheFieldLayout)
         CaptureStdout quiet;
         v.regularGridDecomposition3Dcube(100.0);
     }
+    v.setHostThreads(1);
     for (int step = 0; step < 3; ++step) {
-        CaptureStdout out;
-        if (step == 0) v.findBuildingSeed(6, 2, 10, 1);
-        if (step == 1) v.performIterativeBuildingGrowth(6, 2, 10, 1);
-        if (step == 2) v.performVegetationClassification(3, 4, 5, 2, 0);
-        const auto lines = out.lines();
+        const std::string text = quickRunOutput([&] {
+            if (step == 0) v.findBuildingSeed(6, 2, 10, 1);
+            if (step == 1) v.performIterativeBuildingGrowth(6, 2, 10, 1);
+            if (step == 2) v.performVegetationClassification(3, 4, 5, 2, 0);
+        });
+        if (text.empty()) GTEST_SKIP() << "the machine is too loaded for a sub-millisecond step";
+        std::vector<std::string> lines;
+        std::istringstream in(text);
+        for (std::string l; std::getline(in, l);) lines.push_back(l);
         EXPECT_EQ(std::count(lines.begin(), lines.end(), "SOA "), 0);
         EXPECT_EQ(std::count(lines.begin(), lines.end(), "AOS "), 0);
         const auto secs = std::find(lines.begin(), lines.end(), "Time: 0 s");

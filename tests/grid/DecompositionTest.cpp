@@ -113,7 +113,9 @@ TEST_P(Decomposition, PointsOfOneCellKeepAscendingIndexOrder)
     ASSERT_EQ(idx.size(), 5000u);
     for (size_t j = 1; j < idx.size(); ++j) {
         ASSERT_LE(grp[j - 1], grp[j]);
-        if (grp[j - 1] == grp[j]) ASSERT_LT(idx[j - 1], idx[j]);
+        if (grp[j - 1] == grp[j]) {
+            ASSERT_LT(idx[j - 1], idx[j]);
+        }
     }
 }
 
