@@ -15,6 +15,7 @@ cd "$(dirname "$0")/.."
 BUILD=${FUZZ_BUILD:-build-fuzz}
 SECONDS_TO_FUZZ=${FUZZ_SECONDS:-50}
 DATA=${VEXARO_DATA_DIR:-$(pwd)/../shared/data}
+[ -d "$DATA" ] || DATA=/work/shared/data
 CXX_FUZZ=${CXX_FUZZ:-clang++}
 
 if ! command -v "$CXX_FUZZ" >/dev/null 2>&1; then
