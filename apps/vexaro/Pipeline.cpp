@@ -1,5 +1,8 @@
 #include "Pipeline.h"
 
+// The engine's parameters tell which values the caller has changed.
+#include <core/ClassifierCore.h>
+
 #include <algorithm>
 #include <chrono>
 #include <initializer_list>
@@ -76,6 +79,56 @@ double gridCellSizeFor(const PipelineOptions& options)
     return options.gridCellSize > 0 ? options.gridCellSize : options.largestSearchRange;
 }
 
+const std::vector<RecommendedParameter>& recommendedParameters()
+{
+    static const std::vector<RecommendedParameter> table = {
+        {"GroundGrowthRangeLowest", 0.5, 0.0,
+         "with a few centimetres of noise almost every ground point lies a little above the tangent "
+         "plane of some ground point within 0.5 m; the above-plane test then leaves 13-20 % of the "
+         "bare earth unfound, most of it later taken for low vegetation"},
+        {"GroundGrowthDistanceFromPlane", 0.05, 0.1,
+         "0.05 m is about two and a half times the noise of a good scan; 0.1 m grows the remaining "
+         "rough ground without taking objects (the height difference limit still applies)"},
+        {"VegetationRange", 2.0, 1.0,
+         "the height above ground of a plant point is its least height difference to a ground point "
+         "within this plan radius; 2 m reaches ground beside a shrub at the shrub's own level and "
+         "puts medium shrubs in the low tier"},
+    };
+    return table;
+}
+
+namespace {
+
+/// Replaces `current` with `value` when it still holds the library's default.
+template <class V, class Set> void recommend(V current, double library, double value, Set set)
+{
+    if (current == static_cast<V>(library))
+        set(static_cast<V>(value));
+}
+
+double recommendedValue(const char* name)
+{
+    for (const auto& r : recommendedParameters())
+        if (std::string(r.name) == name)
+            return r.value;
+    throw std::logic_error(std::string("no recommended value for ") + name);
+}
+
+} // namespace
+
+template <class T> void applyRecommendedParameters(Vexaro<T>& v)
+{
+    const auto& par = v.engine().par;
+    const Parameters<T> library;
+    recommend(par.GroundGrowthRangeLowest, library.GroundGrowthRangeLowest,
+              recommendedValue("GroundGrowthRangeLowest"), [&](T x) { v.set_GroundGrowthRangeLowest(x); });
+    recommend(par.GroundGrowthDistanceFromPlane, library.GroundGrowthDistanceFromPlane,
+              recommendedValue("GroundGrowthDistanceFromPlane"),
+              [&](T x) { v.set_GroundGrowthDistanceFromPlane(x); });
+    recommend(par.VegetationRange, library.VegetationRange, recommendedValue("VegetationRange"),
+              [&](T x) { v.set_VegetationRange(x); });
+}
+
 template <class T>
 void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
                  const ProgressFn& progress)
@@ -84,6 +137,8 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
     const int steps = 11 + (options.output.empty() ? 0 : 1);
     StepRunner<T> step(v, steps, progress);
 
+    if (options.recommendedParameters)
+        applyRecommendedParameters(v);
     step.run("load", "", {}, [&] { v.loadLASFile(input); });
     if (v.pointCount() < 2)
         throw std::runtime_error("'" + input + "' holds fewer than two points; nothing to classify");
@@ -160,6 +215,8 @@ template void runPipeline<float>(Vexaro<float>&, const std::string&, const Pipel
                                  const ProgressFn&);
 template void runPipeline<double>(Vexaro<double>&, const std::string&, const PipelineOptions&,
                                   const ProgressFn&);
+template void applyRecommendedParameters<float>(Vexaro<float>&);
+template void applyRecommendedParameters<double>(Vexaro<double>&);
 template std::vector<int> currentClasses<float>(Vexaro<float>&);
 template std::vector<int> currentClasses<double>(Vexaro<double>&);
 

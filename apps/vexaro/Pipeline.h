@@ -49,7 +49,24 @@ struct PipelineOptions {
     std::string normalsBaseName;
     /// Where the classified cloud is written; empty: not written.
     std::string output;
+    /// Replace the library's defaults listed by recommendedParameters() before the first step.
+    bool recommendedParameters = true;
 };
+
+/// A library parameter that the pipeline sets differently from the library's default, for
+/// airborne scans of about 5 to 20 points per square metre in metres.
+struct RecommendedParameter {
+    const char* name;  ///< the setter's name without "set_"
+    double library;    ///< the library's default
+    double value;      ///< what the pipeline uses
+    const char* reason;
+};
+const std::vector<RecommendedParameter>& recommendedParameters();
+
+/// Sets every recommended parameter that still holds the library's default on v. A value the
+/// caller has already changed stays as it is, so settings made before the pipeline win (a
+/// setting equal to the library's default cannot be told apart and is replaced).
+template <class T> void applyRecommendedParameters(Vexaro<T>& v);
 
 /// One finished step, for progress lines.
 struct StepReport {
