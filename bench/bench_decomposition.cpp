@@ -1,5 +1,6 @@
 // Times the grid decomposition of generated ALS-like clouds on the host backend.
 // Usage: bench_decomposition [points...]   (default 1000000 10000000)
+#include "BenchScene.h"
 #include "core/ClassifierCore.h"
 
 #include <sys/resource.h>
@@ -15,27 +16,20 @@
 
 namespace {
 
-uint64_t next(uint64_t& s)
-{
-    s += 0x9e3779b97f4a7c15ull;
-    uint64_t z = s;
-    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ull;
-    z = (z ^ (z >> 27)) * 0x94d049bb133111ebull;
-    return z ^ (z >> 31);
-}
-double uniform(uint64_t& s) { return (next(s) >> 11) * (1.0 / 9007199254740992.0); }
+using vxbench::next;
+using vxbench::uniform;
 
 /// About 10 points per square metre: rolling terrain, box roofs, tree crowns.
 std::vector<VX_Point<float>> scene(int n)
 {
-    const double side = std::sqrt(n / 10.0);
+    const double side = vxbench::sceneSide(n);
     std::vector<VX_Point<float>> pts(n);
     uint64_t s = 12345;
     for (int i = 0; i < n; ++i) {
         const double x = uniform(s) * side, y = uniform(s) * side;
-        double z = 5.0 * std::sin(x / 40.0) + 3.0 * std::cos(y / 25.0);
+        double z = vxbench::rollingTerrain(x, y);
         const double kind = uniform(s);
-        if (std::fmod(x, 60.0) < 20.0 && std::fmod(y, 60.0) < 15.0) z += 8.0;       // roofs
+        if (vxbench::underBoxRoof(x, y)) z += 8.0;                                    // roofs
         else if (kind < 0.2) z += 2.0 + 12.0 * uniform(s);                          // vegetation
         pts[i] = {float(x - side / 2), float(y - side / 2), float(z), 0, 0, 0, 0.f, 1, kind < 0.1 ? 0 : 1};
     }
@@ -69,7 +63,7 @@ int main(int argc, char** argv)
             auto* old = std::cout.rdbuf(sink.rdbuf());
             const auto t0 = std::chrono::steady_clock::now();
             v.regularGridDecomposition3D(3.0, 3.0, 3.0);
-            const double s = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+            const double s = vxbench::secondsSince(t0);
             std::cout.rdbuf(old);
             std::printf("decomposition %s n=%d cells=%d: %.3f s (%.2f Mpoints/s) incl. upload and host sync, "
                         "peak RSS %ld MB\n",

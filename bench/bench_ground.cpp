@@ -4,6 +4,7 @@
 // The scene: about 10 points per square metre of rolling terrain (normals from its gradient),
 // flat box roofs 8 m up and scattered vegetation returns with random normals. Ground seeds are
 // placed every 15 m; the growth runs with the default parameters over 2 m cubes.
+#include "BenchScene.h"
 #include "core/ClassifierCore.h"
 
 #include <chrono>
@@ -18,34 +19,24 @@
 
 namespace {
 
-uint64_t next(uint64_t& s)
-{
-    s += 0x9e3779b97f4a7c15ull;
-    uint64_t z = s;
-    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ull;
-    z = (z ^ (z >> 27)) * 0x94d049bb133111ebull;
-    return z ^ (z >> 31);
-}
-double uniform(uint64_t& s)
-{
-    return (next(s) >> 11) * (1.0 / 9007199254740992.0);
-}
+using vxbench::next;
+using vxbench::uniform;
 
 template <class T> std::vector<VX_Point<T>> scene(int n, int& groundTruth)
 {
-    const double side = std::sqrt(n / 10.0);
+    const double side = vxbench::sceneSide(n);
     std::vector<VX_Point<T>> pts(n);
     uint64_t s = 4242;
     groundTruth = 0;
     for (int i = 0; i < n; ++i) {
         const double x = uniform(s) * side, y = uniform(s) * side;
-        double z = 5.0 * std::sin(x / 40.0) + 3.0 * std::cos(y / 25.0);
+        double z = vxbench::rollingTerrain(x, y);
         // Terrain normal from the gradient of z.
         double nx = -(5.0 / 40.0) * std::cos(x / 40.0), ny = (3.0 / 25.0) * std::sin(y / 25.0), nz = 1.0;
         const double len = std::sqrt(nx * nx + ny * ny + nz * nz);
         nx /= len, ny /= len, nz /= len;
         int cls = 1;
-        const bool roof = std::fmod(x, 60.0) < 20.0 && std::fmod(y, 60.0) < 15.0;
+        const bool roof = vxbench::underBoxRoof(x, y);
         if (roof) {
             z += 8.0;
             nx = 0, ny = 0, nz = 1;
@@ -84,7 +75,7 @@ template <class T> void run(int n, bool soa, int threads)
     sink.str("");
     const auto t0 = std::chrono::steady_clock::now();
     v.performIterativeGroundGrowth(2);
-    const double secs = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    const double secs = vxbench::secondsSince(t0);
     std::cout.rdbuf(old);
 
     int iterations = 0;

@@ -2,6 +2,7 @@
 // the default parameters and cubic cells of 1.5.
 // Usage: bench_normals [points] [shuffled]   (default 1000000 points in scan-line order; any
 // second argument shuffles the input order, the worst case for memory locality)
+#include "BenchScene.h"
 #include "core/ClassifierCore.h"
 #include "core/StepDrivers.h"
 
@@ -17,15 +18,8 @@
 
 namespace {
 
-uint64_t next(uint64_t& s)
-{
-    s += 0x9e3779b97f4a7c15ull;
-    uint64_t z = s;
-    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ull;
-    z = (z ^ (z >> 27)) * 0x94d049bb133111ebull;
-    return z ^ (z >> 31);
-}
-double uniform(uint64_t& s) { return (next(s) >> 11) * (1.0 / 9007199254740992.0); }
+using vxbench::next;
+using vxbench::uniform;
 
 double terrain(double x, double y) { return 200.0 + 5.0 * std::sin(x / 40.0) + 3.0 * std::cos(y / 25.0); }
 
@@ -82,11 +76,6 @@ std::vector<VX_Point<float>> scene(int n)
     return pts;
 }
 
-double seconds(std::chrono::steady_clock::time_point t0)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
-
 template <class T> void bench(const std::vector<VX_Point<float>>& cloud, bool soa)
 {
     std::vector<VX_Point<T>> pts(cloud.size());
@@ -106,10 +95,10 @@ template <class T> void bench(const std::vector<VX_Point<float>>& cloud, bool so
     auto* old = std::cout.rdbuf(sink.rdbuf());
     auto t0 = std::chrono::steady_clock::now();
     v.calculateNormalVectors(5, 6, 7);
-    const double full = seconds(t0);
+    const double full = vxbench::secondsSince(t0);
     t0 = std::chrono::steady_clock::now();
     vx::host::runNormals(v.engine());
-    const double driver = seconds(t0);
+    const double driver = vxbench::secondsSince(t0);
     std::cout.rdbuf(old);
 
     std::vector<VX_Point<T>> out(n);

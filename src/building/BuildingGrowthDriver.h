@@ -35,7 +35,8 @@ void runBuildingGrowthPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool
     };
     const auto remap = [&](int from, int to) { run(remapKernel(pts, from, to)); };
     const auto update = [&](bool useGhostTest) {
-        run(UpdateBuilding<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, par, useGhostTest});
+        run(UpdateBuilding<T, Points, Index, Groups>{
+            {pts, itg, groups, allowed, grid, n}, par, useGhostTest});
         remap(par.markClass, par.buildingClass);
     };
 
@@ -47,11 +48,11 @@ void runBuildingGrowthPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool
     remap(kBuildingCandidate, par.sourceClass);
     update(false);
 
-    run(CompleteBuilding<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, par});
+    run(CompleteBuilding<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, par});
     remap(par.markClass, par.buildingClass);
 
     c.msg(3, "Details Height: ", par.detailsHeight);
-    run(CloseBuilding<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, par});
+    run(CloseBuilding<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, par});
     remap(par.markClass, par.buildingClass);
     c.msg(2, "Building growth ended!");
 }

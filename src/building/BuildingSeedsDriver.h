@@ -19,12 +19,12 @@ template <class T> void runBuildingSeeds(ClassifierCore<T>& c)
         mem::profilerStart(c.backend());
         if (ready)
             launch(cfg, n,
-                   k_initialBuildingFilterSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(),
-                                                 c.gridParameters, n, par});
+                   k_initialBuildingFilterSoA<T>{
+                       {c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(), c.gridParameters, n}, par});
     } else if (ready) {
         launch(cfg, n,
-               k_initialBuildingFilter<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(),
-                                          c.gridParameters, n, par});
+               k_initialBuildingFilter<T>{
+                   {c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(), c.gridParameters, n}, par});
     }
     // Announced while the launch may still be running; the wait follows.
     c.msg(2, "ORDER", par.sourceClass);

@@ -5,12 +5,7 @@
 #pragma once
 
 #include "core/Parameters.h"
-#include "exec/Hd.h"
-#include "grid/GridTypes.h"
-#include "grid/Layouts.h"
-#include "grid/Neighbourhood.h"
-
-#include <cmath>
+#include "grid/PointKernel.h"
 
 namespace vx {
 
@@ -18,14 +13,6 @@ namespace vx {
 constexpr int kBuildingMark = 250;
 /// Shares a plane with its neighbours but is not yet a seed; the growth resolves it.
 constexpr int kBuildingCandidate = 251;
-
-/// Squared distance of P from the tangent plane through B with normal m. NaN for a zero normal,
-/// which then fails every comparison.
-template <class T> VX_HD inline T planeDistance2(T mx, T my, T mz, T px, T py, T pz, T bx, T by, T bz)
-{
-    const T s = mx * px + my * py + mz * pz - mx * bx - my * by - mz * bz;
-    return s * s / (mx * mx + my * my + mz * mz);
-}
 
 /// The settings of the seed filter, in the kernel's parameter order.
 template <class T> struct BuildingSeedParams {
@@ -55,42 +42,34 @@ template <class T> BuildingSeedParams<T> buildingSeedParams(const Parameters<T>&
 /// one that only shares the plane becomes a candidate. WriteUnchanged: the record form writes
 /// the class it read back for every other point, the per-field form leaves them untouched.
 template <class T, class Points, class Index, class Groups, bool WriteUnchanged>
-struct InitialBuildingFilter {
-    Points pts;
-    Index itg;
-    Groups groups;
-    AllowedClasses allowed;
-    VX_DecompositionGridParameters<T> grid;
-    int count;
+struct InitialBuildingFilter : NeighbourhoodKernel<T, Points, Index, Groups> {
     BuildingSeedParams<T> par;
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count)
+        const int p = this->ownPoint(i);
+        if (p < 0)
             return;
-        const int p = itg.pointIndex(i);
-        const int cls = pts.cls(p);
-        if (!allowed.admits(cls))
+        const int cls = this->pts.cls(p);
+        if (this->pts.lastReturn(p) == 0)
             return;
-        if (pts.lastReturn(p) == 0)
-            return;
-        const T nx = pts.nx(p), ny = pts.ny(p), nz = pts.nz(p);
-        const T norm = static_cast<T>(::sqrt(nx * nx + ny * ny + nz * nz));
+        const T nx = this->pts.nx(p), ny = this->pts.ny(p), nz = this->pts.nz(p);
+        const T norm = lengthOf(nx, ny, nz);
         if (norm == T(0))
             return;
-        const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
+        const T px = this->pts.x(p), py = this->pts.y(p), pz = this->pts.z(p);
         const T d = -(nx * px) - ny * py - nz * pz;
         const T range2 = par.range * par.range;
         const T groundRange2 = par.groundRange * par.groundRange;
 
-        T highestGroundGap = T(10) * grid.sizeZ;
+        T highestGroundGap = T(10) * this->grid.sizeZ;
         bool groundNearby = false;
         int voters = 0, agreeing = 0, onPlane = 0, ghosts = 0;
-        forEachNeighbour(itg, groups, grid, itg.group(i), Visit{}, [&](int q, int, int) {
-            const T qx = pts.x(q), qy = pts.y(q), qz = pts.z(q);
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+            const T qx = this->pts.x(q), qy = this->pts.y(q), qz = this->pts.z(q);
             const T dx = px - qx, dy = py - qy, dz = pz - qz;
-            const T plan2 = dx * dx + dy * dy;
-            const int qc = pts.cls(q);
+            const T plan2 = planSquared(dx, dy);
+            const int qc = this->pts.cls(q);
             // Every ground point of the cells counts here, at any distance and of any class entry.
             if (qc == par.groundClass) {
                 if (dz < highestGroundGap)
@@ -100,14 +79,13 @@ struct InitialBuildingFilter {
             }
             if (!(plan2 + dz * dz < range2))
                 return;
-            if (!allowed.admits(qc))
+            if (!this->allowed.admits(qc))
                 return;
-            const bool lastReturn = pts.lastReturn(q) != 0;
-            const T planeDist = static_cast<T>(::fabs((nx * qx + ny * qy + nz * qz + d) / norm));
+            const bool lastReturn = this->pts.lastReturn(q) != 0;
+            const T planeDist = absOf((dot3(nx, ny, nz, qx, qy, qz) + d) / norm);
             if (qc == par.sourceClass) {
-                const T mx = pts.nx(q), my = pts.ny(q), mz = pts.nz(q);
-                const T cosine = static_cast<T>(::fabs(nx * mx + ny * my + nz * mz)) /
-                                 (static_cast<T>(::sqrt(mx * mx + my * my + mz * mz)) * norm);
+                const T mx = this->pts.nx(q), my = this->pts.ny(q), mz = this->pts.nz(q);
+                const T cosine = normalCosine(nx, ny, nz, norm, mx, my, mz);
                 if (planeDist < par.dfPBuilding && cosine >= T(par.minCos) && lastReturn)
                     ++agreeing;
             }
@@ -124,15 +102,14 @@ struct InitialBuildingFilter {
         const double agreeShare = double(agreeing) / double(voters);
         const double ghostShare = double(ghosts) / double(voters);
         const double planeShare = double(onPlane) / double(voters);
-        const bool highEnough =
-            highestGroundGap > T(0) && static_cast<T>(::fabs(highestGroundGap)) > par.minHeight;
+        const bool highEnough = highestGroundGap > T(0) && absOf(highestGroundGap) > par.minHeight;
         if (agreeShare >= double(par.procOfBP) && !groundNearby && ghostShare <= double(par.procOfGhosts) &&
             highEnough && voters >= par.minNoN)
-            pts.setCls(p, par.buildingClass);
+            this->pts.setCls(p, par.buildingClass);
         else if (planeShare >= double(par.procOfBP) && !groundNearby && highEnough)
-            pts.setCls(p, kBuildingCandidate);
+            this->pts.setCls(p, kBuildingCandidate);
         else if (WriteUnchanged)
-            pts.setCls(p, cls);
+            this->pts.setCls(p, cls);
     }
 };
 template <class T>
@@ -165,44 +142,37 @@ template <class T> BuildingGrowthParams<T> buildingGrowthParams(const Parameters
 /// Growth along the roof: a point joins when it lies on the tangent plane of its nearest building
 /// point and ground is farther away than that point; a candidate below the nearest roof point
 /// joins even off the plane. With useGhostTest a ghost share above the limit keeps it out.
-template <class T, class Points, class Index, class Groups> struct UpdateBuilding {
-    Points pts;
-    Index itg;
-    Groups groups;
-    AllowedClasses allowed;
-    VX_DecompositionGridParameters<T> grid;
-    int count;
+template <class T, class Points, class Index, class Groups>
+struct UpdateBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
     BuildingGrowthParams<T> par;
     bool useGhostTest;
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count)
+        const int p = this->ownPoint(i);
+        if (p < 0 || this->pts.lastReturn(p) == 0)
             return;
-        const int p = itg.pointIndex(i);
-        const int cls = pts.cls(p);
-        if (!allowed.admits(cls) || pts.lastReturn(p) == 0)
-            return;
-        const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
+        const int cls = this->pts.cls(p);
+        const T px = this->pts.x(p), py = this->pts.y(p), pz = this->pts.z(p);
         const T range2 = par.range2D * par.range2D;
         // The starting minima are a length, compared with squared distances as they stand.
-        const T start = T(10) * grid.sizeX;
+        const T start = T(10) * this->grid.sizeX;
         T nearestGround2 = start, nearestBuildingPlan2 = start, nearestBuilding2 = start;
         int nearest = -1, voters = 0, ghosts = 0;
-        forEachNeighbour(itg, groups, grid, itg.group(i), Visit{}, [&](int q, int, int) {
-            const T dx = px - T(pts.x(q)), dy = py - T(pts.y(q)), dz = pz - T(pts.z(q));
-            const T plan2 = dx * dx + dy * dy;
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+            const T dx = px - T(this->pts.x(q)), dy = py - T(this->pts.y(q)), dz = pz - T(this->pts.z(q));
+            const T plan2 = planSquared(dx, dy);
             const T d2 = plan2 + dz * dz;
-            const int qc = pts.cls(q);
+            const int qc = this->pts.cls(q);
             if (plan2 < range2) {
                 if (qc == par.groundClass && plan2 < nearestGround2)
                     nearestGround2 = plan2;
                 if (qc == par.buildingClass && plan2 < nearestBuildingPlan2)
                     nearestBuildingPlan2 = plan2;
             }
-            if (d2 < range2 && (allowed.admits(qc) || qc == par.buildingClass)) {
+            if (d2 < range2 && (this->allowed.admits(qc) || qc == par.buildingClass)) {
                 ++voters;
-                if (pts.lastReturn(q) == 0)
+                if (this->pts.lastReturn(q) == 0)
                     ++ghosts;
                 if (qc == par.buildingClass && d2 < nearestBuilding2) {
                     nearestBuilding2 = d2;
@@ -216,14 +186,14 @@ template <class T, class Points, class Index, class Groups> struct UpdateBuildin
         const bool groundFarther = nearestGround2 > nearestBuilding2;
         // Joins when the ghost share equals the limit; only a larger share keeps the point out.
         const bool ghostBlocked = useGhostTest && double(ghosts) / double(voters) > double(par.procOfGhosts);
-        const T bz = pts.z(nearest);
-        const T dist2 = planeDistance2<T>(pts.nx(nearest), pts.ny(nearest), pts.nz(nearest), px, py, pz,
-                                          pts.x(nearest), pts.y(nearest), bz);
+        const T bz = this->pts.z(nearest);
+        const T dist2 = planeDistance2<T>(this->pts.nx(nearest), this->pts.ny(nearest), this->pts.nz(nearest),
+                                          px, py, pz, this->pts.x(nearest), this->pts.y(nearest), bz);
         if (dist2 < par.distFPlane * par.distFPlane && groundFarther && !ghostBlocked)
-            pts.setCls(p, par.markClass);
+            this->pts.setCls(p, par.markClass);
         if (nearestBuildingPlan2 < range2 && pz - bz < T(0) && groundFarther && cls == kBuildingCandidate &&
             !ghostBlocked)
-            pts.setCls(p, par.markClass);
+            this->pts.setCls(p, par.markClass);
     }
 };
 template <class T> using k_updateBuilding = UpdateBuilding<T, AosPoints<T>, AosIndex, AosGroups>;
@@ -232,45 +202,38 @@ template <class T> using k_updateBuildingSoA = UpdateBuilding<T, SoaPoints, SoaI
 /// Completion: a point joins when a building point stands within the plan radius, the point is
 /// below it or less than the height limit above it, no ground is close in plan and the ghost
 /// share is below the limit.
-template <class T, class Points, class Index, class Groups> struct CompleteBuilding {
-    Points pts;
-    Index itg;
-    Groups groups;
-    AllowedClasses allowed;
-    VX_DecompositionGridParameters<T> grid;
-    int count;
+template <class T, class Points, class Index, class Groups>
+struct CompleteBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
     BuildingGrowthParams<T> par;
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count)
+        const int p = this->ownPoint(i);
+        if (p < 0 || this->pts.lastReturn(p) == 0)
             return;
-        const int p = itg.pointIndex(i);
-        const int cls = pts.cls(p);
-        if (!allowed.admits(cls) || pts.lastReturn(p) == 0)
-            return;
-        const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
+        const int cls = this->pts.cls(p);
+        const T px = this->pts.x(p), py = this->pts.y(p), pz = this->pts.z(p);
         const T range2 = par.range2D * par.range2D;
         const T groundRange2 = par.groundRange3 * par.groundRange3;
-        T buildingGap = T(10) * grid.sizeX; ///< height above the highest building point in range
+        T buildingGap = T(10) * this->grid.sizeX; ///< height above the highest building point in range
         bool buildingSeen = false, groundNearby = false;
         int voters = 0, ghosts = 0;
-        forEachNeighbour(itg, groups, grid, itg.group(i), Visit{}, [&](int q, int, int) {
-            const T dx = px - T(pts.x(q)), dy = py - T(pts.y(q));
-            const T plan2 = dx * dx + dy * dy;
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+            const T dx = px - T(this->pts.x(q)), dy = py - T(this->pts.y(q));
+            const T plan2 = planSquared(dx, dy);
             if (!(plan2 < range2))
                 return;
-            const int qc = pts.cls(q);
-            if (!(allowed.admits(qc) || qc == par.buildingClass || qc == par.groundClass))
+            const int qc = this->pts.cls(q);
+            if (!(this->allowed.admits(qc) || qc == par.buildingClass || qc == par.groundClass))
                 return;
             if (qc == par.buildingClass) {
-                const T gap = pz - T(pts.z(q));
+                const T gap = pz - T(this->pts.z(q));
                 if (gap < buildingGap)
                     buildingGap = gap;
                 buildingSeen = true;
             }
             ++voters;
-            if (pts.lastReturn(q) == 0)
+            if (this->pts.lastReturn(q) == 0)
                 ++ghosts;
             if (qc == par.groundClass && plan2 < groundRange2)
                 groundNearby = true;
@@ -279,7 +242,7 @@ template <class T, class Points, class Index, class Groups> struct CompleteBuild
         // Joins only below the ghost limit, unlike the update.
         if (buildingSeen && !groundNearby && buildingGap < heightLimit &&
             double(ghosts) / double(voters) < double(par.procOfGhosts))
-            pts.setCls(p, par.markClass);
+            this->pts.setCls(p, par.markClass);
     }
 };
 template <class T> using k_completeBuilding = CompleteBuilding<T, AosPoints<T>, AosIndex, AosGroups>;
@@ -288,32 +251,25 @@ template <class T> using k_completeBuildingSoA = CompleteBuilding<T, SoaPoints, 
 /// Closing: a point joins when it lies near the tangent plane of its nearest building point in
 /// plan, or when a building point stands less than the details height below it, provided no
 /// ground point within the plan radius lies less than 0.4 below it. Last returns are not required.
-template <class T, class Points, class Index, class Groups> struct CloseBuilding {
-    Points pts;
-    Index itg;
-    Groups groups;
-    AllowedClasses allowed;
-    VX_DecompositionGridParameters<T> grid;
-    int count;
+template <class T, class Points, class Index, class Groups>
+struct CloseBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
     BuildingGrowthParams<T> par;
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count)
+        const int p = this->ownPoint(i);
+        if (p < 0)
             return;
-        const int p = itg.pointIndex(i);
-        if (!allowed.admits(pts.cls(p)))
-            return;
-        const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
+        const T px = this->pts.x(p), py = this->pts.y(p), pz = this->pts.z(p);
         const T groundRange2 = par.groundRange3 * par.groundRange3;
-        T nearestBuildingPlan2 = T(10) * (grid.sizeX * grid.sizeX);
+        T nearestBuildingPlan2 = T(10) * (this->grid.sizeX * this->grid.sizeX);
         int nearest = -1;
         bool noLowGround = true, detailFound = false;
-        forEachNeighbour(itg, groups, grid, itg.group(i), Visit{}, [&](int q, int, int) {
-            const T dx = px - T(pts.x(q)), dy = py - T(pts.y(q));
-            const T plan2 = dx * dx + dy * dy;
-            const T height = pz - T(pts.z(q));
-            const int qc = pts.cls(q);
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+            const T dx = px - T(this->pts.x(q)), dy = py - T(this->pts.y(q));
+            const T plan2 = planSquared(dx, dy);
+            const T height = pz - T(this->pts.z(q));
+            const int qc = this->pts.cls(q);
             if (plan2 < groundRange2 && qc == par.groundClass && double(height) < 0.4)
                 noLowGround = false;
             if (plan2 < groundRange2 && qc == par.buildingClass && height < par.detailsHeight)
@@ -325,12 +281,13 @@ template <class T, class Points, class Index, class Groups> struct CloseBuilding
         });
         if (nearest < 0)
             return;
-        const T dist2 = planeDistance2<T>(pts.nx(nearest), pts.ny(nearest), pts.nz(nearest), px, py, pz,
-                                          pts.x(nearest), pts.y(nearest), pts.z(nearest));
+        const T dist2 =
+            planeDistance2<T>(this->pts.nx(nearest), this->pts.ny(nearest), this->pts.nz(nearest), px, py, pz,
+                              this->pts.x(nearest), this->pts.y(nearest), this->pts.z(nearest));
         if (double(dist2) < 0.1 && nearestBuildingPlan2 < T(4) * groundRange2 && noLowGround)
-            pts.setCls(p, par.markClass);
+            this->pts.setCls(p, par.markClass);
         if (detailFound && noLowGround)
-            pts.setCls(p, par.markClass);
+            this->pts.setCls(p, par.markClass);
     }
 };
 template <class T> using k_closeBuilding = CloseBuilding<T, AosPoints<T>, AosIndex, AosGroups>;

@@ -28,20 +28,20 @@ void growGroundOnce(ClassifierCore<T>& c, const LaunchConfig& cfg, const GrowthP
     if (c.soa) {
         mem::profilerStart(c.backend());
         launch(cfg, n,
-               k_growGroundIntSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters,
-                                     c.allowed(), n, par});
+               k_growGroundIntSoA<T>{
+                   {c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(), c.gridParameters, n}, par});
         mem::profilerStop(c.backend());
         c.checkDeviceError();
         mem::profilerStart(c.backend());
         launch(cfg, n,
-               k_growGroundSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters, c.allowed(),
-                                  n, par});
+               k_growGroundSoA<T>{
+                   {c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(), c.gridParameters, n}, par});
         mem::profilerStop(c.backend());
         c.checkDeviceError();
         launch(cfg, n, k_remapClassSoA{c.soaPoints(), par.markClass, par.groundClass});
     } else {
         launch(cfg, n,
-               k_growGround<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.gridParameters, c.allowed(), n,
+               k_growGround<T>{{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(), c.gridParameters, n},
                                par});
         c.checkDeviceError();
         launch(cfg, n, k_remapClass<T>{c.aosPoints(), par.markClass, par.groundClass});

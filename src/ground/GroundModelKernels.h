@@ -3,10 +3,7 @@
 // candidate only when it lies clearly below the ground around it.
 #pragma once
 
-#include "exec/Hd.h"
-#include "grid/GridTypes.h"
-#include "grid/Layouts.h"
-#include "grid/Neighbourhood.h"
+#include "grid/PointKernel.h"
 #include "ground/GroundModel.h"
 
 #include <type_traits>
@@ -154,8 +151,8 @@ template <class T, class Points, class Index, class Groups, class Model> struct 
             if (!belowEvery || pts.cls(q) != groundClass)
                 return;
             const T nx = pts.nx(q), ny = pts.ny(q), nz = pts.nz(q);
-            const T s = nx * (px - T(pts.x(q))) + ny * (py - T(pts.y(q))) + nz * (pz - T(pts.z(q)));
-            const T e = s * s / (nx * nx + ny * ny + nz * nz);
+            const T s = dot3(nx, ny, nz, px - T(pts.x(q)), py - T(pts.y(q)), pz - T(pts.z(q)));
+            const T e = squaredOverNormal(s, nx, ny, nz);
             if (!(s < T(0) && e > range2))
                 belowEvery = false;
         });
@@ -164,9 +161,8 @@ template <class T, class Points, class Index, class Groups, class Model> struct 
             return;
         }
         const T nx = model.nx(cell), ny = model.ny(cell), nz = model.nz(cell);
-        const T s =
-            nx * (px - T(model.x(cell))) + ny * (py - T(model.y(cell))) + nz * (pz - T(model.z(cell)));
-        const T e = s * s / (nx * nx + ny * ny + nz * nz);
+        const T s = dot3(nx, ny, nz, px - T(model.x(cell)), py - T(model.y(cell)), pz - T(model.z(cell)));
+        const T e = squaredOverNormal(s, nx, ny, nz);
         if (s >= T(0) || s != s)
             pts.setCls(p, replacementClass);
         else if (e > range2)

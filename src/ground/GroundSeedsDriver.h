@@ -15,13 +15,15 @@ template <class T> void runGroundSeeds(ClassifierCore<T>& c)
     if (c.requireGrid()) {
         if (c.soa)
             launch(cfg, c.pointCount,
-                   k_findGroundSeedsSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters,
-                                           c.allowed(), c.pointCount, c.par.SeedSearchMaxHindeks,
+                   k_findGroundSeedsSoA<T>{{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(),
+                                            c.gridParameters, c.pointCount},
+                                           c.par.SeedSearchMaxHindeks,
                                            c.slots.GroundClass});
         else
             launch(cfg, c.pointCount,
-                   k_findGroundSeeds<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.gridParameters,
-                                        c.allowed(), c.pointCount, c.par.SeedSearchMaxHindeks,
+                   k_findGroundSeeds<T>{{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(),
+                                         c.gridParameters, c.pointCount},
+                                        c.par.SeedSearchMaxHindeks,
                                         c.slots.GroundClass});
     }
     c.checkDeviceError();

@@ -2,23 +2,9 @@
 // nearest ground neighbour and, when it fits, marked so that the remap makes it ground.
 #pragma once
 
-#include "exec/Hd.h"
-#include "grid/GridTypes.h"
-#include "grid/Layouts.h"
-#include "grid/Neighbourhood.h"
-
-#include <cmath>
+#include "grid/PointKernel.h"
 
 namespace vx {
-
-template <class T> VX_HD inline T growthSqrt(T v)
-{
-    return static_cast<T>(::sqrt(v));
-}
-template <class T> VX_HD inline T growthAbs(T v)
-{
-    return static_cast<T>(::fabs(v));
-}
 
 /// The settings of one growth pass, in the order the driver hands them over.
 template <class T> struct GrowthParams {
@@ -46,18 +32,17 @@ template <class T>
 VX_HD inline PlaneTerms<T> planeTerms(const T p[3], const T np[3], const T X[3], const T N[3])
 {
     const T vx = p[0] - X[0], vy = p[1] - X[1], vz = p[2] - X[2];
-    const T nn = N[0] * N[0] + N[1] * N[1] + N[2] * N[2];
-    const T lenN = growthSqrt(nn);
-    const T s = N[0] * vx + N[1] * vy + N[2] * vz;
+    const T nn = dot3(N[0], N[1], N[2], N[0], N[1], N[2]);
+    const T lenN = sqrtOf(nn);
+    const T s = dot3(N[0], N[1], N[2], vx, vy, vz);
     PlaneTerms<T> t;
     t.e = s * s / nn;
-    t.c = growthAbs(N[0] * np[0] + N[1] * np[1] + N[2] * np[2]) /
-          (growthSqrt(np[0] * np[0] + np[1] * np[1] + np[2] * np[2]) * lenN);
+    t.c = normalCosine(N[0], N[1], N[2], lenN, np[0], np[1], np[2]);
     t.dz = vz;
-    t.g = s / (growthSqrt(vx * vx + vy * vy + vz * vz) * lenN);
+    t.g = s / (lengthOf(vx, vy, vz) * lenN);
     // The per-field pass has always measured this direction with dz in place of dx; its results
     // depend on it, so it stays.
-    t.gFields = (N[0] * vz + N[1] * vy + N[2] * vz) / (lenN * growthSqrt(vz * vz + vy * vy + vz * vz));
+    t.gFields = dot3(N[0], N[1], N[2], vz, vy, vz) / (lenN * lengthOf(vz, vy, vz));
     return t;
 }
 
@@ -86,10 +71,10 @@ template <class T> struct GroundPlaneSearch {
     {
         const T qx = pts.x(q), qy = pts.y(q), qz = pts.z(q);
         const T dx = qx - p[0], dy = qy - p[1], dz = qz - p[2];
-        const T h2 = dx * dx + dy * dy;
+        const T h2 = planSquared(dx, dy);
         const T d2 = h2 + dz * dz;
         if (rangeLowest > T(0) && notAbove && h2 <= rangeLowest2) {
-            const T s = T(pts.nx(q)) * dx + T(pts.ny(q)) * dy + T(pts.nz(q)) * dz;
+            const T s = dot3<T>(pts.nx(q), pts.ny(q), pts.nz(q), dx, dy, dz);
             if (s < T(0))
                 notAbove = false;
         }
@@ -127,51 +112,45 @@ template <class T> struct GroundPlaneSearch {
 /// range its class + 1000, so that the second per-field pass leaves it alone.
 enum class FirstPassRules { Records, Fields };
 
-template <class T, class Points, class Index, class Groups, FirstPassRules Rules> struct GrowGround {
-    Points pts;
-    Index itg;
-    Groups groups;
-    VX_DecompositionGridParameters<T> grid;
-    AllowedClasses allowed;
-    int count;
+template <class T, class Points, class Index, class Groups, FirstPassRules Rules>
+struct GrowGround : NeighbourhoodKernel<T, Points, Index, Groups> {
     GrowthParams<T> par;
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count)
+        const int p = this->ownPoint(i);
+        if (p < 0)
             return;
-        const int p = itg.pointIndex(i);
-        const int cls = pts.cls(p);
-        if (!allowed.admits(cls))
+        const int cls = this->pts.cls(p);
+        if (Rules == FirstPassRules::Records && this->pts.lastReturn(p) != 1)
             return;
-        if (Rules == FirstPassRules::Records && pts.lastReturn(p) != 1)
-            return;
-        const T P[3] = {T(pts.x(p)), T(pts.y(p)), T(pts.z(p))};
-        GroundPlaneSearch<T> search(P[0], P[1], P[2], par, grid.maxX - grid.minX);
+        const T P[3] = {T(this->pts.x(p)), T(this->pts.y(p)), T(this->pts.z(p))};
+        GroundPlaneSearch<T> search(P[0], P[1], P[2], par, this->grid.maxX - this->grid.minX);
         bool lowest = true;
         // Dense cells are sampled only for long ranges, about 1000 entries a cell.
         const Visit how{par.range > T(5.0) ? 1000 : 0, false};
-        forEachNeighbour(itg, groups, grid, itg.group(i), how, [&](int q, int, int) {
-            const int qc = pts.cls(q);
+        this->forEachNeighbourOf(i, how, [&](int q, int, int) {
+            const int qc = this->pts.cls(q);
             if (Rules == FirstPassRules::Records) {
-                const bool related = allowed.entry(qc) > 0 || qc == par.groundClass || qc == par.markClass;
-                if (related && T(pts.z(q)) < P[2])
+                const bool related =
+                    this->allowed.entry(qc) > 0 || qc == par.groundClass || qc == par.markClass;
+                if (related && T(this->pts.z(q)) < P[2])
                     lowest = false;
                 if (qc != par.groundClass)
                     return;
             } else {
                 if (qc != par.groundClass)
                     return;
-                if (T(pts.z(q)) < P[2])
+                if (T(this->pts.z(q)) < P[2])
                     lowest = false;
             }
-            search.offer(pts, q);
+            search.offer(this->pts, q);
         });
         if (!search.found())
             return;
         T X[3], N[3];
-        search.plane(pts, X, N);
-        const T np[3] = {T(pts.nx(p)), T(pts.ny(p)), T(pts.nz(p))};
+        search.plane(this->pts, X, N);
+        const T np[3] = {T(this->pts.nx(p)), T(this->pts.ny(p)), T(this->pts.nz(p))};
         const PlaneTerms<T> t = planeTerms(P, np, X, N);
         const T minCos = T(par.minCosinus);
         const bool cosineFits = t.c >= minCos;
@@ -180,9 +159,9 @@ template <class T, class Points, class Index, class Groups, FirstPassRules Rules
         const bool accepted =
             search.notAbove && fits && t.dz < par.maxHeightDifference && t.g < T(par.maxCosinusPar2);
         if (accepted)
-            pts.setCls(p, par.markClass);
+            this->pts.setCls(p, par.markClass);
         else if (Rules == FirstPassRules::Fields)
-            pts.setCls(p, cls + 1000);
+            this->pts.setCls(p, cls + 1000);
     }
 };
 template <class T>
@@ -202,47 +181,43 @@ template <class Groups> struct RunsFromStartAndCount {
 /// Second per-field pass (k_growGroundSoA): points the first pass left unchanged, looked at
 /// from the 26 surrounding cells only (never their own), every entry. Any lower point clears
 /// `lowest`, whatever its class; a lowest point fits without looking at the normals.
-template <class T, class Points, class Index, class Groups> struct GrowGroundFromSurroundingCells {
-    Points pts;
-    Index itg;
-    Groups groups;
-    VX_DecompositionGridParameters<T> grid;
-    AllowedClasses allowed;
-    int count;
+template <class T, class Points, class Index, class Groups>
+struct GrowGroundFromSurroundingCells : NeighbourhoodKernel<T, Points, Index, Groups> {
     GrowthParams<T> par;
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count)
+        if (i >= this->count)
             return;
-        const int p = itg.pointIndex(i);
-        const int cls = pts.cls(p);
+        const int p = this->itg.pointIndex(i);
+        const int cls = this->pts.cls(p);
         if (cls > 255 || cls == par.markClass)
             return;
-        if (!allowed.admits(cls) || pts.lastReturn(p) != 1)
+        if (!this->allowed.admits(cls) || this->pts.lastReturn(p) != 1)
             return;
-        const T P[3] = {T(pts.x(p)), T(pts.y(p)), T(pts.z(p))};
-        GroundPlaneSearch<T> search(P[0], P[1], P[2], par, grid.maxX - grid.minX);
+        const T P[3] = {T(this->pts.x(p)), T(this->pts.y(p)), T(this->pts.z(p))};
+        GroundPlaneSearch<T> search(P[0], P[1], P[2], par, this->grid.maxX - this->grid.minX);
         bool lowest = true;
         // Empty cells (count below 1) give an empty run from start + count, so they are skipped.
-        const RunsFromStartAndCount<Groups> runs{groups};
-        forEachNeighbour(itg, runs, grid, itg.group(i), Visit{0, true}, [&](int q, int, int) {
-            if (T(pts.z(q)) < P[2])
-                lowest = false;
-            if (pts.cls(q) != par.groundClass)
-                return;
-            search.offer(pts, q);
-        });
+        const RunsFromStartAndCount<Groups> runs{this->groups};
+        forEachNeighbour(this->itg, runs, this->grid, this->itg.group(i), Visit{0, true},
+                         [&](int q, int, int) {
+                             if (T(this->pts.z(q)) < P[2])
+                                 lowest = false;
+                             if (this->pts.cls(q) != par.groundClass)
+                                 return;
+                             search.offer(this->pts, q);
+                         });
         if (!search.found())
             return;
         T X[3], N[3];
-        search.plane(pts, X, N);
-        const T np[3] = {T(pts.nx(p)), T(pts.ny(p)), T(pts.nz(p))};
+        search.plane(this->pts, X, N);
+        const T np[3] = {T(this->pts.nx(p)), T(this->pts.ny(p)), T(this->pts.nz(p))};
         const PlaneTerms<T> t = planeTerms(P, np, X, N);
         const bool fits =
             lowest || (t.c >= T(par.minCosinus) && t.e < par.distanceFromPlane * par.distanceFromPlane);
         if (search.notAbove && fits && t.dz < par.maxHeightDifference && t.gFields < T(par.maxCosinusPar2))
-            pts.setCls(p, par.markClass);
+            this->pts.setCls(p, par.markClass);
     }
 };
 template <class T> using k_growGroundSoA = GrowGroundFromSurroundingCells<T, SoaPoints, SoaIndex, SoaGroups>;

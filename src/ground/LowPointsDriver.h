@@ -15,12 +15,14 @@ template <class T> void runLowPoints(ClassifierCore<T>& c)
     if (c.requireGrid()) {
         if (c.soa)
             launch(cfg, c.pointCount,
-                   k_findLowPointsSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters,
-                                         c.allowed(), c.pointCount, c.slots.TargetClass});
+                   k_findLowPointsSoA<T>{{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(),
+                                          c.gridParameters, c.pointCount},
+                                         c.slots.TargetClass});
         else
             launch(cfg, c.pointCount,
-                   k_findLowPoints<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.gridParameters,
-                                      c.allowed(), c.pointCount, c.slots.TargetClass});
+                   k_findLowPoints<T>{{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(),
+                                       c.gridParameters, c.pointCount},
+                                      c.slots.TargetClass});
     }
     c.checkDeviceError();
     c.msg(2, "Low Point search done!");

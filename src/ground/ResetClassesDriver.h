@@ -29,13 +29,17 @@ template <class T> void runResetClasses(ClassifierCore<T>& c)
     if (c.requireGrid()) {
         if (c.soa)
             launch(cfg, c.pointCount,
-                   k_resetClassesSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.gridParameters, c.pointCount,
-                                        c.allowed(), c.slots.TargetClass, c.par.ResetOptionalRange,
+                   k_resetClassesSoA<T>{{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(),
+                                         c.gridParameters, c.pointCount},
+                                        c.slots.TargetClass,
+                                        c.par.ResetOptionalRange,
                                         c.par.ResetOptionalClass});
         else
             launch(cfg, c.pointCount,
-                   k_resetClasses<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.gridParameters, c.pointCount,
-                                     c.allowed(), c.slots.TargetClass, c.par.ResetOptionalRange,
+                   k_resetClasses<T>{{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(),
+                                      c.gridParameters, c.pointCount},
+                                     c.slots.TargetClass,
+                                     c.par.ResetOptionalRange,
                                      c.par.ResetOptionalClass});
     }
     c.checkDeviceError();

@@ -14,35 +14,28 @@ namespace vx {
 /// point, its tier follows h (a point at or below the ground keeps its class). Otherwise a point
 /// under the mean ground plane, at most the low limit above ground and with no building in plan
 /// range, becomes low vegetation.
-template <class T, class Points, class Index, class Groups> struct CompletePlants {
-    Points pts;
-    Index itg;
-    Groups groups;
-    AllowedClasses allowed;
-    VX_DecompositionGridParameters<T> grid;
-    int count;
+template <class T, class Points, class Index, class Groups>
+struct CompletePlants : NeighbourhoodKernel<T, Points, Index, Groups> {
     VegetationParams<T> p;
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count)
+        const int self = this->ownPoint(i);
+        if (self < 0)
             return;
-        const int self = itg.pointIndex(i);
-        if (!allowed.admits(pts.cls(self)))
-            return;
-        const T px = pts.x(self), py = pts.y(self), pz = pts.z(self);
+        const T px = this->pts.x(self), py = this->pts.y(self), pz = this->pts.z(self);
         const T range2 = p.VegetationRange * p.VegetationRange;
 
-        T h = initialGroundHeight(grid);
+        T h = initialGroundHeight(this->grid);
         // The mean ground position and normal are kept in single precision.
         float sumX = 0.f, sumY = 0.f, sumZ = 0.f, sumNx = 0.f, sumNy = 0.f, sumNz = 0.f;
         int groundCount = 0;
         bool groundSeen = false, buildingSeen = false, vegetationAbove = false;
-        forEachNeighbour(itg, groups, grid, itg.group(i), Visit{}, [&](int q, int, int) {
-            const T qx = pts.x(q), qy = pts.y(q), qz = pts.z(q);
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+            const T qx = this->pts.x(q), qy = this->pts.y(q), qz = this->pts.z(q);
             if (!(planSquared(px - qx, py - qy) < range2))
                 return;
-            const int cls = pts.cls(q);
+            const int cls = this->pts.cls(q);
             if (cls == p.groundClass) {
                 const T dz = pz - qz;
                 if (absOf(dz) < h)
@@ -50,9 +43,9 @@ template <class T, class Points, class Index, class Groups> struct CompletePlant
                 sumX = static_cast<float>(sumX + qx);
                 sumY = static_cast<float>(sumY + qy);
                 sumZ = static_cast<float>(sumZ + qz);
-                sumNx = static_cast<float>(sumNx + T(pts.nx(q)));
-                sumNy = static_cast<float>(sumNy + T(pts.ny(q)));
-                sumNz = static_cast<float>(sumNz + T(pts.nz(q)));
+                sumNx = static_cast<float>(sumNx + T(this->pts.nx(q)));
+                sumNy = static_cast<float>(sumNy + T(this->pts.ny(q)));
+                sumNz = static_cast<float>(sumNz + T(this->pts.nz(q)));
                 ++groundCount;
                 groundSeen = true;
             }
@@ -64,11 +57,11 @@ template <class T, class Points, class Index, class Groups> struct CompletePlant
 
         if (vegetationAbove) {
             if (h > T(0) && h <= p.VegetationLowLimit)
-                pts.setCls(self, p.lowVegetationClass);
+                this->pts.setCls(self, p.lowVegetationClass);
             else if (h > p.VegetationHighLimit)
-                pts.setCls(self, p.highVegetationClass);
+                this->pts.setCls(self, p.highVegetationClass);
             else if (h > p.VegetationLowLimit)
-                pts.setCls(self, p.mediumVegetationClass);
+                this->pts.setCls(self, p.mediumVegetationClass);
             return;
         }
         if (!groundSeen || buildingSeen)
@@ -78,7 +71,7 @@ template <class T, class Points, class Index, class Groups> struct CompletePlant
         const float gnx = sumNx / n, gny = sumNy / n, gnz = sumNz / n;
         const T side = T(gnx) * (T(gx) - px) + T(gny) * (T(gy) - py) + T(gnz) * (T(gz) - pz);
         if (side < T(0) && h <= p.VegetationLowLimit)
-            pts.setCls(self, p.lowVegetationClass);
+            this->pts.setCls(self, p.lowVegetationClass);
     }
 };
 template <class T> using k_completePlants = CompletePlants<T, AosPoints<T>, AosIndex, AosGroups>;
@@ -104,8 +97,7 @@ template <class T> struct NearestPoint {
     /// zero normal.
     VX_HD T planeDistance2(T px, T py, T pz) const
     {
-        const T along = nx * (px - x) + ny * (py - y) + nz * (pz - z);
-        return along * along / (nx * nx + ny * ny + nz * nz);
+        return squaredOverNormal(dot3(nx, ny, nz, px - x, py - y, pz - z), nx, ny, nz);
     }
 };
 
@@ -117,46 +109,39 @@ constexpr int kEveryEntryOfOccupiedCells = INT_MAX;
 /// ratio x (its squared distance from the nearest low-vegetation plane) is at most its squared
 /// distance from the nearest ground plane, or the ratio is 0; otherwise it becomes ground.
 /// SkipEmptyCells: the per-field form passes over cells whose count is below 1.
-template <class T, class Points, class Index, class Groups, bool SkipEmptyCells> struct CompletePlantsPhase2 {
-    Points pts;
-    Index itg;
-    Groups groups;
-    AllowedClasses allowed;
-    VX_DecompositionGridParameters<T> grid;
-    int count;
+template <class T, class Points, class Index, class Groups, bool SkipEmptyCells>
+struct CompletePlantsPhase2 : NeighbourhoodKernel<T, Points, Index, Groups> {
     VegetationParams<T> p;
 
     VX_HD void operator()(int i) const
     {
-        if (i >= count)
+        const int self = this->ownPoint(i);
+        if (self < 0)
             return;
-        const int self = itg.pointIndex(i);
-        const int own = pts.cls(self);
-        if (!allowed.admits(own))
-            return;
-        const T px = pts.x(self), py = pts.y(self), pz = pts.z(self);
+        const int own = this->pts.cls(self);
+        const T px = this->pts.x(self), py = this->pts.y(self), pz = this->pts.z(self);
         const T range2 = p.VegetationRange * p.VegetationRange;
 
-        T h = initialGroundHeight(grid);
+        T h = initialGroundHeight(this->grid);
         bool groundSeen = false;
         NearestPoint<T> ground{range2, 0, T(0), T(0), T(0), T(0), T(0), T(0)};
         NearestPoint<T> lowVegetation{range2, 0, T(0), T(0), T(0), T(0), T(0), T(0)};
         const Visit how{SkipEmptyCells ? kEveryEntryOfOccupiedCells : 0, false};
-        forEachNeighbour(itg, groups, grid, itg.group(i), how, [&](int q, int, int) {
-            const T dz = pz - T(pts.z(q));
-            const T plan2 = planSquared(px - T(pts.x(q)), py - T(pts.y(q)));
+        this->forEachNeighbourOf(i, how, [&](int q, int, int) {
+            const T dz = pz - T(this->pts.z(q));
+            const T plan2 = planSquared(px - T(this->pts.x(q)), py - T(this->pts.y(q)));
             const T d2 = plan2 + dz * dz;
             if (!(plan2 < range2))
                 return;
-            const int cls = pts.cls(q);
+            const int cls = this->pts.cls(q);
             if (cls == p.groundClass) {
-                ground.offer(d2, pts, q);
+                ground.offer(d2, this->pts, q);
                 if (dz < h)
                     h = dz;
                 groundSeen = true;
             }
             if (cls == p.lowVegetationClass)
-                lowVegetation.offer(d2, pts, q);
+                lowVegetation.offer(d2, this->pts, q);
         });
 
         if (!(h < p.VegetationLowLimit && groundSeen && ground.improvements > 0 &&
@@ -165,9 +150,9 @@ template <class T, class Points, class Index, class Groups, bool SkipEmptyCells>
         const T dG2 = ground.planeDistance2(px, py, pz);
         const T dL2 = lowVegetation.planeDistance2(px, py, pz);
         if (T(p.VegetationRatio) * dL2 <= dG2 || p.VegetationRatio == 0.f)
-            pts.setCls(self, p.lowVegetationClass);
+            this->pts.setCls(self, p.lowVegetationClass);
         else
-            pts.setCls(self, p.groundClass);
+            this->pts.setCls(self, p.groundClass);
     }
 };
 template <class T>

@@ -3,12 +3,8 @@
 #pragma once
 
 #include "core/Parameters.h"
-#include "exec/Hd.h"
-#include "grid/GridTypes.h"
-#include "grid/Layouts.h"
-#include "grid/Neighbourhood.h"
+#include "grid/PointKernel.h"
 
-#include <cmath>
 #include <cstdio>
 #include <type_traits>
 
@@ -93,23 +89,6 @@ template <class T> VX_HD inline bool isVegetation(int cls, const VegetationParam
 VX_HD inline float voteShare(int part, int whole)
 {
     return static_cast<float>(static_cast<double>(part) / static_cast<double>(whole));
-}
-
-/// |v| and the square root in the precision of v (the C library's double forms round exactly
-/// back to float, and the device has float forms of its own).
-template <class T> VX_HD inline T absOf(T v)
-{
-    return static_cast<T>(::fabs(v));
-}
-template <class T> VX_HD inline T sqrtOf(T v)
-{
-    return static_cast<T>(::sqrt(v));
-}
-
-/// Squared plan distance: the x term, then the y term.
-template <class T> VX_HD inline T planSquared(T dx, T dy)
-{
-    return dx * dx + dy * dy;
 }
 
 /// An entry found in a cell run whose own record names another cell means the sorted index and

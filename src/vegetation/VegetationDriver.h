@@ -22,7 +22,7 @@ void runVegetationPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool rea
     const VX_DecompositionGridParameters<T> grid = c.gridParameters;
 
     if (ready)
-        launch(cfg, n, FilterPlants<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
+        launch(cfg, n, FilterPlants<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, p});
     c.checkDeviceError();
 
     const int iterations = c.par.VegetationIterations;
@@ -30,7 +30,7 @@ void runVegetationPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool rea
         for (int i = 1; i <= iterations; ++i) {
             if (ready)
                 launch(cfg, n,
-                       IteratePlants<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
+                       IteratePlants<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, p});
             c.checkDeviceError();
             c.msg(2, "Vegetation Iteration: ", i);
         }
@@ -38,21 +38,22 @@ void runVegetationPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool rea
     if (iterations >= 1) {
         for (int i = 1; i <= iterations; ++i) {
             if (ready)
-                launch(cfg, n,
-                       IteratePlantsSecond<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
+                launch(
+                    cfg, n,
+                    IteratePlantsSecond<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, p});
             c.checkDeviceError();
             c.msg(2, "Vegetation Iteration: ", i);
         }
     }
 
     if (ready)
-        launch(cfg, n, CompletePlants<T, Points, Index, Groups>{pts, itg, groups, allowed, grid, n, p});
+        launch(cfg, n, CompletePlants<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, p});
     c.checkDeviceError();
     c.msg(2, "Ratio", c.par.VegetationRatio);
     if (ready)
         launch(
             cfg, n,
-            CompletePlantsPhase2<T, Points, Index, Groups, SoaForm>{pts, itg, groups, allowed, grid, n, p});
+            CompletePlantsPhase2<T, Points, Index, Groups, SoaForm>{{pts, itg, groups, allowed, grid, n}, p});
     c.checkDeviceError();
     c.msg(2, "Vegetation complete!");
 }

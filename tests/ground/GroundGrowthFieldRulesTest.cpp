@@ -120,13 +120,15 @@ template <class T> struct FieldPasses {
     }
     void first()
     {
-        run(vx::k_growGroundIntSoA<T>{c().soaPoints(), c().soaIndex(), c().soaGroups(), c().gridParameters,
-                                      c().allowed(), c().pointCount, params()});
+        run(vx::k_growGroundIntSoA<T>{{c().soaPoints(), c().soaIndex(), c().soaGroups(), c().allowed(),
+                                       c().gridParameters, c().pointCount},
+                                      params()});
     }
     void second()
     {
-        run(vx::k_growGroundSoA<T>{c().soaPoints(), c().soaIndex(), c().soaGroups(), c().gridParameters,
-                                   c().allowed(), c().pointCount, params()});
+        run(vx::k_growGroundSoA<T>{{c().soaPoints(), c().soaIndex(), c().soaGroups(), c().allowed(),
+                                    c().gridParameters, c().pointCount},
+                                   params()});
     }
     void remap() { run(vx::k_remapClassSoA{c().soaPoints(), 250, 2}); }
     std::vector<int> cls()

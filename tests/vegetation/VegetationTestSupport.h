@@ -96,7 +96,7 @@ std::vector<int> runPass(const HostCloud<T>& cloud, bool soa, const vx::Vegetati
     std::vector<int> out;
     if (!soa) {
         Kernel<T, vx::AosPoints<T>, vx::AosIndex, vx::AosGroups> k{
-            {pts.data()}, {itg.data()}, {cells.data()}, allowed, cloud.grid, n, p};
+            {{pts.data()}, {itg.data()}, {cells.data()}, allowed, cloud.grid, n}, p};
         for (int i = 0; i < n; ++i)
             k(i);
         for (const auto& q : pts)
@@ -117,12 +117,12 @@ std::vector<int> runPass(const HostCloud<T>& cloud, bool soa, const vx::Vegetati
     vxPointSoA ps{x.data(),  y.data(),  z.data(),   nx.data(),  ny.data(),
                   nz.data(), hi.data(), cls.data(), last.data()};
     Kernel<T, vx::SoaPoints, vx::SoaIndex, vx::SoaGroups> k{
-        {ps},
-        {vxIndexToGroupSoA{pointIndex.data(), group.data()}},
-        {vxDecompositionGroupsSoA{start.data(), end.data(), count.data()}},
-        allowed,
-        cloud.grid,
-        n,
+        {{ps},
+         {vxIndexToGroupSoA{pointIndex.data(), group.data()}},
+         {vxDecompositionGroupsSoA{start.data(), end.data(), count.data()}},
+         allowed,
+         cloud.grid,
+         n},
         p};
     for (int i = 0; i < n; ++i)
         k(i);

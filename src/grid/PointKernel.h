@@ -1,0 +1,91 @@
+// What the per-point neighbourhood kernels share: the views they read, the thread's own point
+// with its admission test, and the small vector arithmetic their rules are written in. The
+// helpers keep the operand order of the expressions they stand for, so host and device results
+// stay identical to the written-out forms.
+#pragma once
+
+#include "exec/Hd.h"
+#include "grid/GridTypes.h"
+#include "grid/Layouts.h"
+#include "grid/Neighbourhood.h"
+
+#include <cmath>
+
+namespace vx {
+
+/// |v| and the square root in the precision of v (the C library's double forms round exactly
+/// back to float, and the device has float forms of its own).
+template <class T> VX_HD inline T absOf(T v)
+{
+    return static_cast<T>(::fabs(v));
+}
+template <class T> VX_HD inline T sqrtOf(T v)
+{
+    return static_cast<T>(::sqrt(v));
+}
+
+/// a . b: the x term, then the y term, then the z term.
+template <class T> VX_HD inline T dot3(T ax, T ay, T az, T bx, T by, T bz)
+{
+    return ax * bx + ay * by + az * bz;
+}
+
+/// Length of (x, y, z).
+template <class T> VX_HD inline T lengthOf(T x, T y, T z)
+{
+    return sqrtOf<T>(dot3(x, y, z, x, y, z));
+}
+
+/// Squared plan distance: the x term, then the y term.
+template <class T> VX_HD inline T planSquared(T dx, T dy)
+{
+    return dx * dx + dy * dy;
+}
+
+/// Squared distance from a plane with normal n of a point whose offset along n is s; NaN for a
+/// zero normal, which then fails every comparison.
+template <class T> VX_HD inline T squaredOverNormal(T s, T nx, T ny, T nz)
+{
+    return s * s / dot3(nx, ny, nz, nx, ny, nz);
+}
+
+/// Squared distance of P from the tangent plane through B with normal m. NaN for a zero normal.
+template <class T> VX_HD inline T planeDistance2(T mx, T my, T mz, T px, T py, T pz, T bx, T by, T bz)
+{
+    return squaredOverNormal(dot3(mx, my, mz, px, py, pz) - mx * bx - my * by - mz * bz, mx, my, mz);
+}
+
+/// |cos| between normal a of length lengthA and normal b: |a . b| / (|b| lengthA).
+template <class T> VX_HD inline T normalCosine(T ax, T ay, T az, T lengthA, T bx, T by, T bz)
+{
+    return absOf(dot3(ax, ay, az, bx, by, bz)) / (lengthOf(bx, by, bz) * lengthA);
+}
+
+/// The views of a kernel that runs one thread per position of the sorted index: points, index,
+/// cell runs, class table, grid and the number of positions. Kernels derive from it and stay
+/// trivially copyable aggregates: {{pts, itg, groups, allowed, grid, count}, own fields...}.
+template <class T, class Points, class Index, class Groups> struct NeighbourhoodKernel {
+    Points pts;
+    Index itg;
+    Groups groups;
+    AllowedClasses allowed;
+    VX_DecompositionGridParameters<T> grid;
+    int count;
+
+    /// The point at sorted position i, or -1 past the end or when its class is not admitted.
+    VX_HD int ownPoint(int i) const
+    {
+        if (i >= count)
+            return -1;
+        const int p = itg.pointIndex(i);
+        return allowed.admits(pts.cls(p)) ? p : -1;
+    }
+
+    /// Visits the block of cells around the cell of sorted position i (see forEachNeighbour).
+    template <class Visitor> VX_HD void forEachNeighbourOf(int i, Visit how, Visitor&& visit) const
+    {
+        forEachNeighbour(itg, groups, grid, itg.group(i), how, visit);
+    }
+};
+
+} // namespace vx
