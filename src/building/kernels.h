@@ -187,8 +187,7 @@ struct UpdateBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
         // Joins when the ghost share equals the limit; only a larger share keeps the point out.
         const bool ghostBlocked = useGhostTest && double(ghosts) / double(voters) > double(par.procOfGhosts);
         const T bz = this->pts.z(nearest);
-        const T dist2 = planeDistance2<T>(this->pts.nx(nearest), this->pts.ny(nearest), this->pts.nz(nearest),
-                                          px, py, pz, this->pts.x(nearest), this->pts.y(nearest), bz);
+        const T dist2 = this->tangentPlaneDistance2(nearest, px, py, pz);
         if (dist2 < par.distFPlane * par.distFPlane && groundFarther && !ghostBlocked)
             this->pts.setCls(p, par.markClass);
         if (nearestBuildingPlan2 < range2 && pz - bz < T(0) && groundFarther && cls == kBuildingCandidate &&
@@ -281,9 +280,7 @@ struct CloseBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
         });
         if (nearest < 0)
             return;
-        const T dist2 =
-            planeDistance2<T>(this->pts.nx(nearest), this->pts.ny(nearest), this->pts.nz(nearest), px, py, pz,
-                              this->pts.x(nearest), this->pts.y(nearest), this->pts.z(nearest));
+        const T dist2 = this->tangentPlaneDistance2(nearest, px, py, pz);
         if (double(dist2) < 0.1 && nearestBuildingPlan2 < T(4) * groundRange2 && noLowGround)
             this->pts.setCls(p, par.markClass);
         if (detailFound && noLowGround)

@@ -81,6 +81,12 @@ template <class T, class Points, class Index, class Groups> struct Neighbourhood
         return allowed.admits(pts.cls(p)) ? p : -1;
     }
 
+    /// Squared distance of (px, py, pz) from the tangent plane of point q (see planeDistance2).
+    VX_HD T tangentPlaneDistance2(int q, T px, T py, T pz) const
+    {
+        return planeDistance2<T>(pts.nx(q), pts.ny(q), pts.nz(q), px, py, pz, pts.x(q), pts.y(q), pts.z(q));
+    }
+
     /// Visits the block of cells around the cell of sorted position i (see forEachNeighbour).
     template <class Visitor> VX_HD void forEachNeighbourOf(int i, Visit how, Visitor&& visit) const
     {

@@ -15,6 +15,7 @@
 #pragma once
 
 #include "common/TestSupport.h"
+#include "common/SeededRandom.h"
 
 #include <cmath>
 #include <cstdint>
@@ -22,18 +23,7 @@
 
 namespace bldtest {
 
-struct TownRng {
-    uint64_t s;
-    double next()
-    {
-        s += 0x9e3779b97f4a7c15ull;
-        uint64_t z = s;
-        z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ull;
-        z = (z ^ (z >> 27)) * 0x94d049bb133111ebull;
-        return double((z ^ (z >> 31)) >> 11) * (1.0 / 9007199254740992.0);
-    }
-    double in(double a, double b) { return a + (b - a) * next(); }
-};
+using TownRng = vxtest::SeededRandom;
 
 enum class Roof { Flat, Gabled, Hipped };
 

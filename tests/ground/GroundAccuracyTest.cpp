@@ -21,6 +21,7 @@
 //            the rest mostly lies next to shrubs, whose points tilt the ground normals);
 //   low-point correction: planar cells of 5 m, range 1.0, candidates 7, replacement 1.
 #include "ground/GroundTestSupport.h"
+#include "common/SeededRandom.h"
 
 #include <cmath>
 #include <cstdint>
@@ -33,18 +34,7 @@ namespace {
 
 class GroundAccuracy : public SettingTest {};
 
-struct Rng {
-    uint64_t s;
-    double next()
-    {
-        s += 0x9e3779b97f4a7c15ull;
-        uint64_t z = s;
-        z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ull;
-        z = (z ^ (z >> 27)) * 0x94d049bb133111ebull;
-        return double((z ^ (z >> 31)) >> 11) * (1.0 / 9007199254740992.0);
-    }
-    double in(double a, double b) { return a + (b - a) * next(); }
-};
+using Rng = vxtest::SeededRandom;
 
 double terrain(double x, double y)
 {
