@@ -84,6 +84,10 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
         throw std::runtime_error("cannot use the " + run.backend + " backend: " + e.what());
     }
     v.set_SoA(run.soa);
+    // The pipeline's recommended values first, so that every --set / --params value wins, also
+    // one equal to the library's default.
+    if (pipeline.recommendedParameters) applyRecommendedParameters(v);
+    pipeline.recommendedParameters = false;
     applySettings(settings, v, pipeline);
     result.backend = v.computeBackend();
     reporter.note("backend " + result.backend + ", layout " + (run.soa ? "soa" : "aos") + ", precision " +
