@@ -103,6 +103,16 @@ template <class T> struct GroundPlaneSearch {
         X[0] = pts.x(nearest), X[1] = pts.y(nearest), X[2] = pts.z(nearest);
         N[0] = pts.nx(nearest), N[1] = pts.ny(nearest), N[2] = pts.nz(nearest);
     }
+
+    /// The terms of p, whose own normal is that of point self, against the plane; only after
+    /// found().
+    template <class Points> VX_HD PlaneTerms<T> terms(const Points& pts, int self) const
+    {
+        T X[3], N[3];
+        plane(pts, X, N);
+        const T np[3] = {T(pts.nx(self)), T(pts.ny(self)), T(pts.nz(self))};
+        return planeTerms(p, np, X, N);
+    }
 };
 
 /// Rules of the first growth pass. The record form (k_growGround) lets every related neighbour
@@ -148,10 +158,7 @@ struct GrowGround : NeighbourhoodKernel<T, Points, Index, Groups> {
         });
         if (!search.found())
             return;
-        T X[3], N[3];
-        search.plane(this->pts, X, N);
-        const T np[3] = {T(this->pts.nx(p)), T(this->pts.ny(p)), T(this->pts.nz(p))};
-        const PlaneTerms<T> t = planeTerms(P, np, X, N);
+        const PlaneTerms<T> t = search.terms(this->pts, p);
         const T minCos = T(par.minCosinus);
         const bool cosineFits = t.c >= minCos;
         const bool fits = (cosineFits && (t.e < par.distanceFromPlane * par.distanceFromPlane || lowest)) ||
@@ -210,10 +217,7 @@ struct GrowGroundFromSurroundingCells : NeighbourhoodKernel<T, Points, Index, Gr
                          });
         if (!search.found())
             return;
-        T X[3], N[3];
-        search.plane(this->pts, X, N);
-        const T np[3] = {T(this->pts.nx(p)), T(this->pts.ny(p)), T(this->pts.nz(p))};
-        const PlaneTerms<T> t = planeTerms(P, np, X, N);
+        const PlaneTerms<T> t = search.terms(this->pts, p);
         const bool fits =
             lowest || (t.c >= T(par.minCosinus) && t.e < par.distanceFromPlane * par.distanceFromPlane);
         if (search.notAbove && fits && t.dz < par.maxHeightDifference && t.gFields < T(par.maxCosinusPar2))

@@ -93,20 +93,11 @@ struct IteratePlants : NeighbourhoodKernel<T, Points, Index, Groups> {
         if (self < 0)
             return;
         const int own = this->pts.cls(self);
-        const T px = this->pts.x(self), py = this->pts.y(self), pz = this->pts.z(self);
-        const T range2 = p.VegetationRange * p.VegetationRange;
 
         T h = initialGroundHeight(this->grid);
         int ghosts = 0, chaoticNeighbours = 0, voters = 0;
         bool vegetationSeen = false;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
-            const T dz = pz - T(this->pts.z(q));
-            const T plan2 = planSquared(px - T(this->pts.x(q)), py - T(this->pts.y(q)));
-            const int cls = this->pts.cls(q);
-            if (plan2 < range2 && cls == p.groundClass && absOf(dz) < h)
-                h = absOf(dz);
-            if (!(plan2 + dz * dz < range2))
-                return;
+        forEachVoterLoweringGround(*this, i, self, p, h, [&](int q, int cls) {
             if (this->pts.lastReturn(q) == 0)
                 ++ghosts;
             if (cls == p.ChaosClass)
@@ -145,22 +136,13 @@ struct IteratePlantsSecond : NeighbourhoodKernel<T, Points, Index, Groups> {
         if (self < 0)
             return;
         const int own = this->pts.cls(self);
-        const T px = this->pts.x(self), py = this->pts.y(self), pz = this->pts.z(self);
-        const T range2 = p.VegetationRange * p.VegetationRange;
         const bool ghost = this->pts.lastReturn(self) == 0;
         const bool source = own == p.NeighbourPlaneClass;
 
         T h = initialGroundHeight(this->grid);
         int ghostVotes = 0, orderVotes = 0, allowedVoters = 0, plantVotes = 0;
         bool vegetationSeen = false;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
-            const T dz = pz - T(this->pts.z(q));
-            const T plan2 = planSquared(px - T(this->pts.x(q)), py - T(this->pts.y(q)));
-            const int cls = this->pts.cls(q);
-            if (plan2 < range2 && cls == p.groundClass && absOf(dz) < h)
-                h = absOf(dz);
-            if (!(plan2 + dz * dz < range2))
-                return;
+        forEachVoterLoweringGround(*this, i, self, p, h, [&](int q, int cls) {
             if (ghost)
                 ++ghostVotes;
             if (source)

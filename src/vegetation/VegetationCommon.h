@@ -91,6 +91,27 @@ VX_HD inline float voteShare(int part, int whole)
     return static_cast<float>(static_cast<double>(part) / static_cast<double>(whole));
 }
 
+/// Visits, as visit(q, cls), the neighbours of point self (at sorted position i of kernel k)
+/// within the 3D vegetation range. On the way every ground point within the plan range, in 3D
+/// range or not, lowers h to its height gap |dz| when that is smaller.
+template <class T, class Kernel, class Visitor>
+VX_HD inline void forEachVoterLoweringGround(const Kernel& k, int i, int self, const VegetationParams<T>& p,
+                                             T& h, Visitor&& visit)
+{
+    const T px = k.pts.x(self), py = k.pts.y(self), pz = k.pts.z(self);
+    const T range2 = p.VegetationRange * p.VegetationRange;
+    k.forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+        const T dz = pz - T(k.pts.z(q));
+        const T plan2 = planSquared(px - T(k.pts.x(q)), py - T(k.pts.y(q)));
+        const int cls = k.pts.cls(q);
+        if (plan2 < range2 && cls == p.groundClass && absOf(dz) < h)
+            h = absOf(dz);
+        if (!(plan2 + dz * dz < range2))
+            return;
+        visit(q, cls);
+    });
+}
+
 /// An entry found in a cell run whose own record names another cell means the sorted index and
 /// the runs disagree. The pass goes on; the line goes to the console of the device that runs
 /// the kernel (C standard output on the host).
