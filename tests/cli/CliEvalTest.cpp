@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+using clitest::expectLines;
 using clitest::lineStartingWith;
 using clitest::run;
 
@@ -44,30 +45,27 @@ TEST(CliEval, FiguresOfAHandMadePair)
     EXPECT_EQ(r.err, "");
     // Ground: a = 9 kept, b = 3 rejected, c = 2 accepted (the building point and the 7), d = 8.
     // Type I 3/12, type II 2/10, total 5/22; kappa: observed 17/22, chance (12*11 + 10*11)/22^2 = 0.5.
-    EXPECT_EQ(lineStartingWith(r.out, "Points compared"), "Points compared: 22");
-    EXPECT_EQ(lineStartingWith(r.out, "  type I "),
-              "  type I error (ground rejected)          25.00 %   (3 of 12 ground points)");
-    EXPECT_EQ(lineStartingWith(r.out, "  type II "),
-              "  type II error (non-ground accepted)     20.00 %   (2 of 10 non-ground points)");
-    EXPECT_EQ(lineStartingWith(r.out, "  total error"), "  total error                             22.73 %");
-    EXPECT_EQ(lineStartingWith(r.out, "  kappa"), "  kappa                                    0.5455");
+    expectLines(
+        r.out,
+        {{"Points compared", "Points compared: 22"},
+         {"  type I ", "  type I error (ground rejected)          25.00 %   (3 of 12 ground points)"},
+         {"  type II ", "  type II error (non-ground accepted)     20.00 %   (2 of 10 non-ground points)"},
+         {"  total error", "  total error                             22.73 %"},
+         {"  kappa", "  kappa                                    0.5455"}});
     // Confusion matrix, rows reference, columns classified.
-    EXPECT_EQ(lineStartingWith(r.out, "  ground      "),
-              "  ground                 9           0           2           1          12");
-    EXPECT_EQ(lineStartingWith(r.out, "  building    "),
-              "  building               1           3           0           0           4");
-    EXPECT_EQ(lineStartingWith(r.out, "  vegetation  "),
-              "  vegetation             0           1           3           0           4");
-    EXPECT_EQ(lineStartingWith(r.out, "  other       "),
-              "  other                  1           0           0           1           2");
-    EXPECT_EQ(lineStartingWith(r.out, "  total       "),
-              "  total                 11           4           5           2          22");
+    expectLines(
+        r.out,
+        {{"  ground      ", "  ground                 9           0           2           1          12"},
+         {"  building    ", "  building               1           3           0           0           4"},
+         {"  vegetation  ", "  vegetation             0           1           3           0           4"},
+         {"  other       ", "  other                  1           0           0           1           2"},
+         {"  total       ", "  total                 11           4           5           2          22"}});
     // Precision = diagonal / column, recall = diagonal / row.
     const std::string scores = r.out.substr(r.out.find("  category"));
-    EXPECT_EQ(lineStartingWith(scores, "  ground"), "  ground           81.82 %     75.00 %     78.26 %");
-    EXPECT_EQ(lineStartingWith(scores, "  building"), "  building         75.00 %     75.00 %     75.00 %");
-    EXPECT_EQ(lineStartingWith(scores, "  vegetation"), "  vegetation       60.00 %     75.00 %     66.67 %");
-    EXPECT_EQ(lineStartingWith(scores, "  other"), "  other            50.00 %     50.00 %     50.00 %");
+    expectLines(scores, {{"  ground", "  ground           81.82 %     75.00 %     78.26 %"},
+                         {"  building", "  building         75.00 %     75.00 %     75.00 %"},
+                         {"  vegetation", "  vegetation       60.00 %     75.00 %     66.67 %"},
+                         {"  other", "  other            50.00 %     50.00 %     50.00 %"}});
     EXPECT_EQ(lineStartingWith(r.out, "  overall accuracy"), "  overall accuracy 72.73 %");
 }
 
@@ -76,9 +74,9 @@ TEST(CliEval, IdenticalFilesAreFaultless)
     const std::string reference = makeFile("reference.las", kReference);
     const auto r = run({"eval", reference, reference});
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(lineStartingWith(r.out, "  total error"), "  total error                              0.00 %");
-    EXPECT_EQ(lineStartingWith(r.out, "  kappa"), "  kappa                                    1.0000");
-    EXPECT_EQ(lineStartingWith(r.out, "  overall accuracy"), "  overall accuracy 100.00 %");
+    expectLines(r.out, {{"  total error", "  total error                              0.00 %"},
+                        {"  kappa", "  kappa                                    1.0000"},
+                        {"  overall accuracy", "  overall accuracy 100.00 %"}});
 }
 
 TEST(CliEval, UndefinedFiguresShowAsNotAvailable)

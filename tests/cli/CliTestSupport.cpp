@@ -85,4 +85,10 @@ std::string lineStartingWith(const std::string& text, const std::string& prefix)
     return "";
 }
 
+void expectLines(const std::string& text, const std::vector<std::pair<std::string, std::string>>& expected)
+{
+    for (const auto& [prefix, line] : expected)
+        EXPECT_EQ(lineStartingWith(text, prefix), line) << "the line starting with \"" << prefix << "\"";
+}
+
 } // namespace clitest

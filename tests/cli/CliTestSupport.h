@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace clitest {
@@ -30,5 +31,8 @@ std::string readText(const std::filesystem::path& path);
 
 /// The line of `text` that starts with `prefix`, or "" when there is none.
 std::string lineStartingWith(const std::string& text, const std::string& prefix);
+
+/// Expects, for each (prefix, line) pair, that the line of `text` starting with prefix is line.
+void expectLines(const std::string& text, const std::vector<std::pair<std::string, std::string>>& expected);
 
 } // namespace clitest
