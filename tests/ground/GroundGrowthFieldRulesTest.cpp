@@ -11,26 +11,11 @@ namespace {
 
 class GroundGrowthLayouts : public SettingTest {};
 
-template <class T> VX_Point<T> up(T x, T y, T z, int cls, int lastReturn = 1)
-{
-    return point<T>(x, y, z, cls, lastReturn, 0, 0, 1);
-}
-
 template <class T> Lines grow(Vexaro<T>& v)
 {
     CaptureStdout out;
     v.performIterativeGroundGrowth(2);
     return driverLines(out);
-}
-
-Lines loopLines(const std::vector<long long>& differences)
-{
-    Lines l{"Threads:  256", "Blocks:  1"};
-    for (std::size_t k = 0; k < differences.size(); ++k) {
-        l.push_back("Iteration:  " + std::to_string(k + 1));
-        l.push_back("Ground points difference:  " + std::to_string(differences[k]));
-    }
-    return l;
 }
 
 template <class T> void lowerAdmittedNeighbour(const Setting& s)

@@ -9,11 +9,6 @@ namespace {
 
 class GroundGrowth : public SettingTest {};
 
-template <class T> VX_Point<T> up(T x, T y, T z, int cls, int lastReturn = 1)
-{
-    return point<T>(x, y, z, cls, lastReturn, 0, 0, 1);
-}
-
 /// Ten flat points one unit apart, the first one ground: each pass grows exactly one more.
 template <class T> std::vector<VX_Point<T>> row(int groundClass = 2)
 {
@@ -21,16 +16,6 @@ template <class T> std::vector<VX_Point<T>> row(int groundClass = 2)
     for (int i = 0; i < 10; ++i)
         pts.push_back(up<T>(T(i), 0, 0, i == 0 ? groundClass : 1));
     return pts;
-}
-
-Lines loopLines(const std::vector<long long>& differences)
-{
-    Lines l{"Threads:  256", "Blocks:  1"};
-    for (std::size_t k = 0; k < differences.size(); ++k) {
-        l.push_back("Iteration:  " + std::to_string(k + 1));
-        l.push_back("Ground points difference:  " + std::to_string(differences[k]));
-    }
-    return l;
 }
 
 template <class T> Lines grow(Vexaro<T>& v, int groundClass)

@@ -51,4 +51,21 @@ inline std::vector<std::string> driverLines(const vxtest::CaptureStdout& out)
 
 using Lines = std::vector<std::string>;
 
+/// A point with the upward normal (0, 0, 1).
+template <class T> VX_Point<T> up(T x, T y, T z, int cls, int lastReturn = 1)
+{
+    return vxtest::point<T>(x, y, z, cls, lastReturn, 0, 0, 1);
+}
+
+/// The growth driver's lines for a loop whose passes changed the ground count by `differences`.
+inline Lines loopLines(const std::vector<long long>& differences)
+{
+    Lines l{"Threads:  256", "Blocks:  1"};
+    for (std::size_t k = 0; k < differences.size(); ++k) {
+        l.push_back("Iteration:  " + std::to_string(k + 1));
+        l.push_back("Ground points difference:  " + std::to_string(differences[k]));
+    }
+    return l;
+}
+
 } // namespace groundtest

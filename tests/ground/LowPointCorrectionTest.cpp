@@ -8,11 +8,6 @@ namespace {
 
 class LowPointCorrection : public SettingTest {};
 
-template <class T> VX_Point<T> up(T x, T y, T z, int cls)
-{
-    return point<T>(x, y, z, cls, 1, 0, 0, 1);
-}
-
 template <class T> Lines correct(Vexaro<T>& v, int ground = 2, int candidate = 8, int replacement = 1)
 {
     CaptureStdout out;
