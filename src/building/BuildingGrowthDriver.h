@@ -5,6 +5,7 @@
 #include "core/ClassifierCore.h"
 #include "core/StepDrivers.h"
 #include "exec/Launch.h"
+#include "grid/EngineViews.h"
 #include "ground/RemapClass.h"
 
 namespace vx::VX_BACKEND_NS {
@@ -21,22 +22,19 @@ inline k_remapClassSoA remapKernel(SoaPoints pts, int from, int to)
 /// The growth stages over one layout's views. Every launch is waited for and checked, and every
 /// growth launch is followed by the remap of its marks, so no pass feeds on its own results.
 template <class T, class Points, class Index, class Groups>
-void runBuildingGrowthPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool ready, Points pts, Index itg,
-                             Groups groups)
+void runBuildingGrowthPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool ready,
+                             const NeighbourhoodKernel<T, Points, Index, Groups>& views)
 {
     const BuildingGrowthParams<T> par = buildingGrowthParams(c.par, c.slots);
     const int n = c.pointCount;
-    const AllowedClasses allowed = c.allowed();
-    const VX_DecompositionGridParameters<T> grid = c.gridParameters;
     const auto run = [&](const auto& kernel) {
         if (ready)
             launch(cfg, n, kernel);
         c.checkDeviceError();
     };
-    const auto remap = [&](int from, int to) { run(remapKernel(pts, from, to)); };
+    const auto remap = [&](int from, int to) { run(remapKernel(views.pts, from, to)); };
     const auto update = [&](bool useGhostTest) {
-        run(UpdateBuilding<T, Points, Index, Groups>{
-            {pts, itg, groups, allowed, grid, n}, par, useGhostTest});
+        run(UpdateBuilding<T, Points, Index, Groups>{views, par, useGhostTest});
         remap(par.markClass, par.buildingClass);
     };
 
@@ -48,11 +46,11 @@ void runBuildingGrowthPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool
     remap(kBuildingCandidate, par.sourceClass);
     update(false);
 
-    run(CompleteBuilding<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, par});
+    run(CompleteBuilding<T, Points, Index, Groups>{views, par});
     remap(par.markClass, par.buildingClass);
 
     c.msg(3, "Details Height: ", par.detailsHeight);
-    run(CloseBuilding<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, par});
+    run(CloseBuilding<T, Points, Index, Groups>{views, par});
     remap(par.markClass, par.buildingClass);
     c.msg(2, "Building growth ended!");
 }
@@ -62,9 +60,9 @@ template <class T> void runBuildingGrowth(ClassifierCore<T>& c)
     const LaunchConfig cfg = c.launchConfig(c.pointCount);
     const bool ready = c.requireGrid();
     if (c.soa)
-        runBuildingGrowthPasses(c, cfg, ready, c.soaPoints(), c.soaIndex(), c.soaGroups());
+        runBuildingGrowthPasses(c, cfg, ready, soaViews(c));
     else
-        runBuildingGrowthPasses(c, cfg, ready, c.aosPoints(), c.aosIndex(), c.aosGroups());
+        runBuildingGrowthPasses(c, cfg, ready, aosViews(c));
 }
 
 } // namespace vx::VX_BACKEND_NS

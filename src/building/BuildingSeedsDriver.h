@@ -6,6 +6,7 @@
 #include "core/StepDrivers.h"
 #include "exec/Launch.h"
 #include "exec/Memory.h"
+#include "grid/EngineViews.h"
 
 namespace vx::VX_BACKEND_NS {
 
@@ -18,13 +19,9 @@ template <class T> void runBuildingSeeds(ClassifierCore<T>& c)
     if (c.soa) {
         mem::profilerStart(c.backend());
         if (ready)
-            launch(cfg, n,
-                   k_initialBuildingFilterSoA<T>{
-                       {c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(), c.gridParameters, n}, par});
+            launch(cfg, n, k_initialBuildingFilterSoA<T>{soaViews(c), par});
     } else if (ready) {
-        launch(cfg, n,
-               k_initialBuildingFilter<T>{
-                   {c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(), c.gridParameters, n}, par});
+        launch(cfg, n, k_initialBuildingFilter<T>{aosViews(c), par});
     }
     // Announced while the launch may still be running; the wait follows.
     c.msg(2, "ORDER", par.sourceClass);

@@ -6,6 +6,7 @@
 #include "exec/Algorithms.h"
 #include "exec/Launch.h"
 #include "exec/Memory.h"
+#include "grid/EngineViews.h"
 #include "ground/GrowthKernels.h"
 #include "ground/RemapClass.h"
 
@@ -27,22 +28,16 @@ void growGroundOnce(ClassifierCore<T>& c, const LaunchConfig& cfg, const GrowthP
     const int n = c.pointCount;
     if (c.soa) {
         mem::profilerStart(c.backend());
-        launch(cfg, n,
-               k_growGroundIntSoA<T>{
-                   {c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(), c.gridParameters, n}, par});
+        launch(cfg, n, k_growGroundIntSoA<T>{soaViews(c), par});
         mem::profilerStop(c.backend());
         c.checkDeviceError();
         mem::profilerStart(c.backend());
-        launch(cfg, n,
-               k_growGroundSoA<T>{
-                   {c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(), c.gridParameters, n}, par});
+        launch(cfg, n, k_growGroundSoA<T>{soaViews(c), par});
         mem::profilerStop(c.backend());
         c.checkDeviceError();
         launch(cfg, n, k_remapClassSoA{c.soaPoints(), par.markClass, par.groundClass});
     } else {
-        launch(cfg, n,
-               k_growGround<T>{{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(), c.gridParameters, n},
-                               par});
+        launch(cfg, n, k_growGround<T>{aosViews(c), par});
         c.checkDeviceError();
         launch(cfg, n, k_remapClass<T>{c.aosPoints(), par.markClass, par.groundClass});
     }

@@ -4,6 +4,7 @@
 #include "core/ClassifierCore.h"
 #include "core/StepDrivers.h"
 #include "exec/Launch.h"
+#include "grid/EngineViews.h"
 #include "ground/kernels.h"
 
 namespace vx::VX_BACKEND_NS {
@@ -15,16 +16,10 @@ template <class T> void runGroundSeeds(ClassifierCore<T>& c)
     if (c.requireGrid()) {
         if (c.soa)
             launch(cfg, c.pointCount,
-                   k_findGroundSeedsSoA<T>{{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(),
-                                            c.gridParameters, c.pointCount},
-                                           c.par.SeedSearchMaxHindeks,
-                                           c.slots.GroundClass});
+                   k_findGroundSeedsSoA<T>{soaViews(c), c.par.SeedSearchMaxHindeks, c.slots.GroundClass});
         else
             launch(cfg, c.pointCount,
-                   k_findGroundSeeds<T>{{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(),
-                                         c.gridParameters, c.pointCount},
-                                        c.par.SeedSearchMaxHindeks,
-                                        c.slots.GroundClass});
+                   k_findGroundSeeds<T>{aosViews(c), c.par.SeedSearchMaxHindeks, c.slots.GroundClass});
     }
     c.checkDeviceError();
 }

@@ -4,6 +4,7 @@
 #include "core/ClassifierCore.h"
 #include "core/StepDrivers.h"
 #include "exec/Launch.h"
+#include "grid/EngineViews.h"
 #include "ground/kernels.h"
 
 namespace vx::VX_BACKEND_NS {
@@ -14,15 +15,9 @@ template <class T> void runLowPoints(ClassifierCore<T>& c)
     c.msg(4, "Filtering Low Points", c.slots.TargetClass);
     if (c.requireGrid()) {
         if (c.soa)
-            launch(cfg, c.pointCount,
-                   k_findLowPointsSoA<T>{{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(),
-                                          c.gridParameters, c.pointCount},
-                                         c.slots.TargetClass});
+            launch(cfg, c.pointCount, k_findLowPointsSoA<T>{soaViews(c), c.slots.TargetClass});
         else
-            launch(cfg, c.pointCount,
-                   k_findLowPoints<T>{{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(),
-                                       c.gridParameters, c.pointCount},
-                                      c.slots.TargetClass});
+            launch(cfg, c.pointCount, k_findLowPoints<T>{aosViews(c), c.slots.TargetClass});
     }
     c.checkDeviceError();
     c.msg(2, "Low Point search done!");

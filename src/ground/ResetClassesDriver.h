@@ -4,6 +4,7 @@
 #include "core/ClassifierCore.h"
 #include "core/StepDrivers.h"
 #include "exec/Launch.h"
+#include "grid/EngineViews.h"
 #include "ground/kernels.h"
 
 #include <cstdint>
@@ -29,17 +30,11 @@ template <class T> void runResetClasses(ClassifierCore<T>& c)
     if (c.requireGrid()) {
         if (c.soa)
             launch(cfg, c.pointCount,
-                   k_resetClassesSoA<T>{{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(),
-                                         c.gridParameters, c.pointCount},
-                                        c.slots.TargetClass,
-                                        c.par.ResetOptionalRange,
+                   k_resetClassesSoA<T>{soaViews(c), c.slots.TargetClass, c.par.ResetOptionalRange,
                                         c.par.ResetOptionalClass});
         else
             launch(cfg, c.pointCount,
-                   k_resetClasses<T>{{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(),
-                                      c.gridParameters, c.pointCount},
-                                     c.slots.TargetClass,
-                                     c.par.ResetOptionalRange,
+                   k_resetClasses<T>{aosViews(c), c.slots.TargetClass, c.par.ResetOptionalRange,
                                      c.par.ResetOptionalClass});
     }
     c.checkDeviceError();

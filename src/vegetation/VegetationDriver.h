@@ -4,6 +4,7 @@
 #include "core/ClassifierCore.h"
 #include "core/StepDrivers.h"
 #include "exec/Launch.h"
+#include "grid/EngineViews.h"
 #include "vegetation/kernels.h"
 
 #include <iostream>
@@ -13,24 +14,21 @@ namespace vx::VX_BACKEND_NS {
 /// The filter, the two spreading passes and the completion over one layout's views.
 /// SoaForm picks the per-field rules where they differ (the completion's skipping of empty cells).
 template <bool SoaForm, class T, class Points, class Index, class Groups>
-void runVegetationPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool ready, Points pts, Index itg,
-                         Groups groups)
+void runVegetationPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool ready,
+                         const NeighbourhoodKernel<T, Points, Index, Groups>& views)
 {
     const VegetationParams<T> p = vegetationParams(c.par, c.slots);
     const int n = c.pointCount;
-    const AllowedClasses allowed = c.allowed();
-    const VX_DecompositionGridParameters<T> grid = c.gridParameters;
 
     if (ready)
-        launch(cfg, n, FilterPlants<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, p});
+        launch(cfg, n, FilterPlants<T, Points, Index, Groups>{views, p});
     c.checkDeviceError();
 
     const int iterations = c.par.VegetationIterations;
     if (iterations > 0) {
         for (int i = 1; i <= iterations; ++i) {
             if (ready)
-                launch(cfg, n,
-                       IteratePlants<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, p});
+                launch(cfg, n, IteratePlants<T, Points, Index, Groups>{views, p});
             c.checkDeviceError();
             c.msg(2, "Vegetation Iteration: ", i);
         }
@@ -38,22 +36,18 @@ void runVegetationPasses(ClassifierCore<T>& c, const LaunchConfig& cfg, bool rea
     if (iterations >= 1) {
         for (int i = 1; i <= iterations; ++i) {
             if (ready)
-                launch(
-                    cfg, n,
-                    IteratePlantsSecond<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, p});
+                launch(cfg, n, IteratePlantsSecond<T, Points, Index, Groups>{views, p});
             c.checkDeviceError();
             c.msg(2, "Vegetation Iteration: ", i);
         }
     }
 
     if (ready)
-        launch(cfg, n, CompletePlants<T, Points, Index, Groups>{{pts, itg, groups, allowed, grid, n}, p});
+        launch(cfg, n, CompletePlants<T, Points, Index, Groups>{views, p});
     c.checkDeviceError();
     c.msg(2, "Ratio", c.par.VegetationRatio);
     if (ready)
-        launch(
-            cfg, n,
-            CompletePlantsPhase2<T, Points, Index, Groups, SoaForm>{{pts, itg, groups, allowed, grid, n}, p});
+        launch(cfg, n, CompletePlantsPhase2<T, Points, Index, Groups, SoaForm>{views, p});
     c.checkDeviceError();
     c.msg(2, "Vegetation complete!");
 }
@@ -69,9 +63,9 @@ template <class T> void runVegetation(ClassifierCore<T>& c)
               << std::flush;
     const bool ready = c.requireGrid();
     if (c.soa)
-        runVegetationPasses<true>(c, cfg, ready, c.soaPoints(), c.soaIndex(), c.soaGroups());
+        runVegetationPasses<true>(c, cfg, ready, soaViews(c));
     else
-        runVegetationPasses<false>(c, cfg, ready, c.aosPoints(), c.aosIndex(), c.aosGroups());
+        runVegetationPasses<false>(c, cfg, ready, aosViews(c));
 }
 
 } // namespace vx::VX_BACKEND_NS

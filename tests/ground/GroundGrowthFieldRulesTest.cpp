@@ -1,5 +1,6 @@
 // Where the per-field growth has rules of its own: through the public call on both layouts,
 // and its two passes called entry by entry on the host backend.
+#include "grid/EngineViews.h"
 #include "ground/GroundTestSupport.h"
 #include "ground/GrowthKernels.h"
 #include "ground/RemapClass.h"
@@ -103,18 +104,8 @@ template <class T> struct FieldPasses {
         for (int i = 0; i < c().pointCount; ++i)
             f(i);
     }
-    void first()
-    {
-        run(vx::k_growGroundIntSoA<T>{{c().soaPoints(), c().soaIndex(), c().soaGroups(), c().allowed(),
-                                       c().gridParameters, c().pointCount},
-                                      params()});
-    }
-    void second()
-    {
-        run(vx::k_growGroundSoA<T>{{c().soaPoints(), c().soaIndex(), c().soaGroups(), c().allowed(),
-                                    c().gridParameters, c().pointCount},
-                                   params()});
-    }
+    void first() { run(vx::k_growGroundIntSoA<T>{vx::soaViews(c()), params()}); }
+    void second() { run(vx::k_growGroundSoA<T>{vx::soaViews(c()), params()}); }
     void remap() { run(vx::k_remapClassSoA{c().soaPoints(), 250, 2}); }
     std::vector<int> cls()
     {
