@@ -22,6 +22,17 @@ template <class T> void decomposeQuietly(Vexaro<T>& v, double sx, double sy, dou
     v.regularGridDecomposition3D(sx, sy, sz);
 }
 
+/// The host copy of the sorted links, as point indices and cells, from the layout in use.
+template <class T> void hostLinks(const ClassifierCore<T>& e, bool soa, std::vector<int>& idx, std::vector<int>& grp)
+{
+    idx.clear(), grp.clear();
+    if (soa) {
+        idx = e.hostSoA.pointIndex, grp = e.hostSoA.group;
+        return;
+    }
+    for (const auto& l : e.hostIndexToGroup) idx.push_back(l.pointIndex), grp.push_back(l.group);
+}
+
 } // namespace
 
 class Decomposition : public SettingTest {};
@@ -39,11 +50,8 @@ TEST_P(Decomposition, PointOnTheMaximumLandsInTheLastCell)
     EXPECT_EQ(g.cellsZ, 1);
     EXPECT_EQ(v.engine().groupCount, 5);
     // Sorted links: point 0 in cell 0, point 2 in cell 1, point 1 in cell 4 = cellsX - 1.
-    const auto& e = v.engine();
-    std::vector<int> idx = GetParam().soa ? e.hostSoA.pointIndex : std::vector<int>{};
-    std::vector<int> grp = GetParam().soa ? e.hostSoA.group : std::vector<int>{};
-    if (!GetParam().soa)
-        for (const auto& l : e.hostIndexToGroup) idx.push_back(l.pointIndex), grp.push_back(l.group);
+    std::vector<int> idx, grp;
+    hostLinks(v.engine(), GetParam().soa, idx, grp);
     EXPECT_EQ(idx, (std::vector<int>{0, 2, 1}));
     EXPECT_EQ(grp, (std::vector<int>{0, 1, 4}));
 }
@@ -104,12 +112,8 @@ TEST_P(Decomposition, PointsOfOneCellKeepAscendingIndexOrder)
     auto pts = randomCloud<float>(5000, 20, 20, 5, 11);
     v.loadDirectData(pts.data(), 5000);
     decomposeQuietly(v, 2, 2, 2);
-    const auto& e = v.engine();
     std::vector<int> idx, grp;
-    if (GetParam().soa)
-        idx = e.hostSoA.pointIndex, grp = e.hostSoA.group;
-    else
-        for (const auto& l : e.hostIndexToGroup) idx.push_back(l.pointIndex), grp.push_back(l.group);
+    hostLinks(v.engine(), GetParam().soa, idx, grp);
     ASSERT_EQ(idx.size(), 5000u);
     for (size_t j = 1; j < idx.size(); ++j) {
         ASSERT_LE(grp[j - 1], grp[j]);
