@@ -21,6 +21,14 @@ std::string quoted(const std::string& s)
     return q + "'";
 }
 
+/// The tool under test: the build's own, unless VEXARO_CLI names another (for a test binary that
+/// runs away from its build tree, as on a machine that only receives the built files).
+std::string cliPath()
+{
+    const char* moved = std::getenv("VEXARO_CLI");
+    return moved && *moved ? std::string(moved) : std::string(VEXARO_CLI);
+}
+
 } // namespace
 
 fs::path scratch()
@@ -40,7 +48,7 @@ fs::path scratch()
 Result run(const std::vector<std::string>& args)
 {
     const fs::path dir = scratch();
-    std::string command = "cd " + quoted(dir.string()) + " && " + quoted(VEXARO_CLI);
+    std::string command = "cd " + quoted(dir.string()) + " && " + quoted(cliPath());
     for (const auto& a : args)
         command += " " + quoted(a);
     const fs::path out = dir / ".stdout", err = dir / ".stderr";
