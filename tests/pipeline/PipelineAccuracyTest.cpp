@@ -131,6 +131,14 @@ TEST_P(RecommendedPipeline, ReachesTheGroundBuildingAndVegetationTargets)
 //   the tier but a ground total error of 5.8 %.
 // - The vegetation step cannot take them back: ground is not admitted to it, and admitting it
 //   would turn ground under trees into low vegetation.
+// - Almost all of this tier is the top of one grass patch 0.26 m high, whose returns below 0.15 m
+//   are ground in the truth; the tier depends on where such patches fall. Other seeds of the same
+//   scene give 0.79, 0.44, 0.44, 0.68 and 0.61 (seeds 2 to 6, array-of-structures).
+// - Every ground setting tried trades grass tops against bare earth about one for one (minimum
+//   cosine, plane distance, height difference, above-plane radius, normal radius). Re-judging the
+//   ground afterwards by height above the lowest ground point of 0.7 m columns (0.1 to 0.4 m
+//   becomes low vegetation) raises the tier on every seed, to 0.55-0.81, but leaves this scene's
+//   structure-of-arrays run at 0.67 and adds up to 0.6 points of ground error.
 TEST_P(RecommendedPipeline, DISABLED_PutsTheLowVegetationTierInItsTier)
 {
     const auto& truth = scene().truth;
