@@ -15,7 +15,7 @@ cd "$(dirname "$0")/.."
 BUILD=${FUZZ_BUILD:-build-fuzz}
 SECONDS_TO_FUZZ=${FUZZ_SECONDS:-50}
 DATA=${VEXARO_DATA_DIR:-$(pwd)/../shared/data}
-[ -d "$DATA" ] || DATA=/work/shared/data
+[ -d "$DATA" ] || echo "no sample folder at $DATA (set VEXARO_DATA_DIR)"
 CXX_FUZZ=${CXX_FUZZ:-clang++}
 
 if ! command -v "$CXX_FUZZ" >/dev/null 2>&1; then
@@ -29,8 +29,8 @@ if ! command -v "$CXX_FUZZ" >/dev/null 2>&1; then
 fi
 
 mkdir -p "$BUILD/seeds" "$BUILD/corpus"
-SOURCES=(src/io/las/*.cpp)
-FLAGS=(-std=c++17 -g -O1 -Iinclude -Isrc)
+SOURCES=(src/las/*.cpp)
+FLAGS=(-std=c++17 -g -O1 -Iinclude -Isrc/las/include -Isrc/las)
 SANITIZERS=(-fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined)
 
 echo "== building the LAS fuzz target with $CXX_FUZZ"

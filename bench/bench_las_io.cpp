@@ -3,7 +3,7 @@
 // fresh process.
 //
 //   bench_las_io [file path, default /tmp/vexaro_bench_las.las] [points, default 10000000]
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 // Peak memory and time of Vexaro::loadLASFile on a generated 10,000,000-point file.
 // Usage: bench_load [FILE]   (default /tmp/vexaro-bench-load.las; generated when missing)
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <Vexaro.h>
 

@@ -4,7 +4,7 @@
 // second argument shuffles the input order, the worst case for memory locality)
 #include "BenchScene.h"
 #include "core/ClassifierCore.h"
-#include "core/StepDrivers.h"
+#include "steps/common/StepDrivers.h"
 
 #include <chrono>
 #include <cmath>

@@ -4,7 +4,7 @@
 #include "FileChecks.h"
 #include "Format.h"
 #include "ParameterTable.h"
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <cmath>
 #include <iostream>

@@ -1,7 +1,7 @@
 // The preview of a LAS file as written, in the file's own coordinates.
 #include "Preview.h"
 
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 namespace vx::app {
 

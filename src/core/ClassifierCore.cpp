@@ -28,14 +28,6 @@ vxPointSoA DeviceSoA::points() const
 vxIndexToGroupSoA DeviceSoA::index() const { return {pointIndex.data(), group.data()}; }
 vxDecompositionGroupsSoA DeviceSoA::groups() const { return {start.data(), end.data(), count.data()}; }
 
-void DeviceGroundModelSoA::reset()
-{
-    x.reset(), y.reset(), z.reset(), nx.reset(), ny.reset(), nz.reset(), hasGround.reset();
-}
-vxGroundModelSoA DeviceGroundModelSoA::view() const
-{
-    return {x.data(), y.data(), z.data(), nx.data(), ny.data(), nz.data(), hasGround.data()};
-}
 
 namespace {
 
@@ -82,8 +74,7 @@ template <class T> void ClassifierCore<T>::chooseBackend(BackendChoice choice)
     if (devicePoints) syncToHost();
     devicePoints.reset(), deviceIndexToGroup.reset(), deviceGroups.reset();
     deviceSoA.resetPoints(), deviceSoA.resetIndex(), deviceSoA.resetGroups();
-    groundModel.reset();
-    groundModelSoA.reset();
+    stepStates.clear();
     pointCount = groupCount = 0;
     backendResolved = false;
     if (!allowedHostCopy.empty()) {
@@ -247,8 +238,7 @@ template <class T> void ClassifierCore<T>::clearAllMemory()
     allowedClasses.reset();
     allowedClassesCount = 0;
     allowedHostCopy.clear();
-    groundModel.reset();
-    groundModelSoA.reset();
+    stepStates.clear();
     hostPoints = {};
     hostSoA = {};
     hostIndexToGroup = {};

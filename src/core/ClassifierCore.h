@@ -4,12 +4,12 @@
 
 #include "core/Messenger.h"
 #include "core/Parameters.h"
+#include "core/StepStates.h"
 #include "exec/Backend.h"
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
 #include "grid/GridTypes.h"
 #include "grid/Layouts.h"
-#include "ground/GroundModel.h"
 
 #include <Vexaro.h>
 
@@ -40,13 +40,6 @@ struct DeviceSoA {
     vxPointSoA points() const;
     vxIndexToGroupSoA index() const;
     vxDecompositionGroupsSoA groups() const;
-};
-
-struct DeviceGroundModelSoA {
-    Buffer<float> x, y, z, nx, ny, nz;
-    Buffer<bool> hasGround;
-    void reset();
-    vxGroundModelSoA view() const;
 };
 
 } // namespace vx
@@ -98,8 +91,8 @@ public:
     vx::Buffer<int32_t> allowedClasses;
     int32_t allowedClassesCount = 0;
     std::vector<int32_t> allowedHostCopy; ///< to rebuild the table when the backend changes
-    vx::Buffer<VX_GroundModel<T>> groundModel;
-    vx::DeviceGroundModelSoA groundModelSoA;
+    /// What steps keep between their calls; dropped with the backend data.
+    vx::StepStates stepStates;
 
     // --- backend ---
     /// The backend in use; resolved on first use from the choice and the hardware present.

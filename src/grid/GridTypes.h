@@ -2,6 +2,8 @@
 // per-cell runs, in their array-of-structures and structure-of-arrays forms.
 #pragma once
 
+#include "store/PointViews.h"
+
 #include <cstdint>
 
 template <class T> struct VX_DecompositionGridParameters {
@@ -20,19 +22,6 @@ struct VX_DecompositionGroups {
     int32_t start;
     int32_t end;
     int32_t count;
-};
-
-/// Per-field point arrays; coordinates are float in both precisions.
-struct vxPointSoA {
-    float* x = nullptr;
-    float* y = nullptr;
-    float* z = nullptr;
-    float* nx = nullptr;
-    float* ny = nullptr;
-    float* nz = nullptr;
-    float* heightIndex = nullptr;
-    int32_t* classification = nullptr;
-    int32_t* lastReturn = nullptr;
 };
 
 struct vxIndexToGroupSoA {

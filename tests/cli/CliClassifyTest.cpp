@@ -2,7 +2,7 @@
 // they need every library step (normals to vegetation); a build whose steps are still stubs
 // fails them.
 #include "CliTestSupport.h"
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <gtest/gtest.h>
 

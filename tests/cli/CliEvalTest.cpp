@@ -1,6 +1,6 @@
 // `vexaro eval` on a pair of small files made here, whose figures are worked out by hand.
 #include "CliTestSupport.h"
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "common/TestSupport.h"
-#include "features/Means.h"
-#include "features/kernels.h"
+#include "steps/features/Means.h"
+#include "steps/features/kernels.h"
 
 #include <cmath>
 #include <vector>

@@ -1,7 +1,7 @@
 // libFuzzer target for the LAS reader: any byte string either fails with a LasError or yields a
 // file whose every record can be read, reclassified with its own classes without a byte changing,
 // and patched with a creation year.
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <cstdint>
 #include <cstdlib>

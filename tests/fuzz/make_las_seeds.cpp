@@ -3,7 +3,7 @@
 // counts patched so they stay readable, and small generated files of every version and format.
 //
 //   make_las_seeds <output folder> [file.las ...]
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <algorithm>
 #include <cstdio>

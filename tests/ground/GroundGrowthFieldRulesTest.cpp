@@ -1,9 +1,9 @@
 // Where the per-field growth has rules of its own: through the public call on both layouts,
 // and its two passes called entry by entry on the host backend.
-#include "grid/EngineViews.h"
+#include "steps/common/EngineViews.h"
 #include "ground/GroundTestSupport.h"
-#include "ground/GrowthKernels.h"
-#include "ground/RemapClass.h"
+#include "steps/ground/GrowthKernels.h"
+#include "steps/common/RemapClass.h"
 
 using namespace vxtest;
 using namespace groundtest;

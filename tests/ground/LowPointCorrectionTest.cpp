@@ -1,5 +1,6 @@
 // Low-point correction: the per-cell ground model, its spreading, the filter and the messages.
 #include "ground/GroundTestSupport.h"
+#include "steps/ground/GroundModel.h"
 
 using namespace vxtest;
 using namespace groundtest;
@@ -108,6 +109,7 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
             1.0, true);
     correct(v);
     auto& c = v.engine();
+    const auto& model = c.stepStates.template get<vx::GroundModelState<T>>();
     ASSERT_EQ(c.groupCount, 2);
     struct Cell {
         double x, y, z, nx, ny, nz;
@@ -115,11 +117,11 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
     };
     auto cell = [&](int g) {
         if (c.soa) {
-            const auto& m = c.groundModelSoA;
+            const auto& m = model.groundModelSoA;
             return Cell{m.x.data()[g],  m.y.data()[g],  m.z.data()[g],        m.nx.data()[g],
                         m.ny.data()[g], m.nz.data()[g], m.hasGround.data()[g]};
         }
-        const auto& m = c.groundModel.data()[g];
+        const auto& m = model.groundModel.data()[g];
         return Cell{double(m.x),  double(m.y),  double(m.z), double(m.nx),
                     double(m.ny), double(m.nz), m.hasGround};
     };
@@ -137,7 +139,7 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
     EXPECT_EQ(filled.ny, 0.25);
     EXPECT_EQ(filled.nz, 0.875);
     EXPECT_TRUE(filled.has);
-    EXPECT_EQ(c.soa ? c.groundModelSoA.x.size() : c.groundModel.size(), 2u);
+    EXPECT_EQ(c.soa ? model.groundModelSoA.x.size() : model.groundModel.size(), 2u);
 
     // Another grid: the next call frees the old model and builds one of the new size.
     {
@@ -145,7 +147,7 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
         v.regularGridDecomposition2D(0.25, 0.25);
     }
     correct(v);
-    EXPECT_EQ(c.soa ? c.groundModelSoA.x.size() : c.groundModel.size(),
+    EXPECT_EQ(c.soa ? model.groundModelSoA.x.size() : model.groundModel.size(),
               static_cast<std::size_t>(c.groupCount));
     EXPECT_GT(c.groupCount, 2);
 }
@@ -159,8 +161,9 @@ template <class T> void tooLittleMemoryAborts(const Setting& s)
     EXPECT_EQ(correct(v), (Lines{"Threads:  256", "Blocks:  1",
                                  "ERROR! Low point correction aborted - too little memory! "}));
     EXPECT_EQ(classes(v), (std::vector<int>{2, 8}));
-    EXPECT_TRUE(v.engine().groundModel.empty());
-    EXPECT_TRUE(v.engine().groundModelSoA.x.empty());
+    const auto& model = v.engine().stepStates.template get<vx::GroundModelState<T>>();
+    EXPECT_TRUE(model.groundModel.empty());
+    EXPECT_TRUE(model.groundModelSoA.x.empty());
     v.engine().freeMemoryCap = need + 1;
     EXPECT_EQ(correct(v), (Lines{"Threads:  256", "Blocks:  1"}));
     EXPECT_EQ(classes(v), (std::vector<int>{2, 1}));

@@ -1,7 +1,7 @@
 // Small LAS files made in the tests' temporary folder.
 #pragma once
 
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Class and creation-year patches: the field limits of each format, the neighbouring flag bits,
 // and nothing else in the file.
 #include "LasTestImage.h"
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <gtest/gtest.h>
 

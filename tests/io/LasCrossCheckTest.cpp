@@ -1,7 +1,7 @@
 // The sample files decoded by laspy, an independent reader, agree with the codec point by point.
 // Skipped where python3 or laspy is not installed (pip install laspy).
 #include "LasTestImage.h"
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Files of every version and point format, made by the codec itself and assembled independently
 // byte by byte, decode to the values put in and write back unchanged.
 #include "LasTestImage.h"
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The sample files: decoded as described, written back byte for byte, and reclassified with no
 // change outside the class bits and the creation year.
 #include "LasTestImage.h"
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <gtest/gtest.h>
 

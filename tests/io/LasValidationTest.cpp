@@ -1,7 +1,7 @@
 // Broken or unsupported inputs are refused with a LasError that names the file and the problem,
 // both when read from disk and from memory.
 #include "LasTestImage.h"
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "common/TestSupport.h"
 #include "io/ExchangeFiles.h"
-#include "io/FileNames.h"
+#include "api/FileNames.h"
 
 using namespace vxtest;
 

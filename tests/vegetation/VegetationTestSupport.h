@@ -3,7 +3,7 @@
 #pragma once
 
 #include "common/TestSupport.h"
-#include "vegetation/kernels.h"
+#include "steps/vegetation/kernels.h"
 
 #include <functional>
 #include <type_traits>

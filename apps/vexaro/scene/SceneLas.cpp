@@ -1,5 +1,5 @@
 // The scene as two LAS files: what a classifier is given, and the truth.
-#include "io/las/LasFile.h"
+#include "las/LasFile.h"
 #include "scene/Scene.h"
 
 #include <cmath>

@@ -1,0 +1,150 @@
+// The processing methods: store the class arguments, run the driver of the layout in use,
+// print the timing lines, bring the results back to the host copy.
+#include "core/ClassifierCore.h"
+#include "steps/common/StepDrivers.h"
+
+using vx::Messenger;
+
+
+template <class T> template <class Driver> void Vexaro<T>::runStep(const char* modeKind, Driver&& driver)
+{
+    const bool aosOnly = std::string(modeKind) == "aos-only";
+    if (soa) {
+        if (!aosOnly) facadeMessage(0, "SOA");
+    } else {
+        facadeMessage(0, "AOS");
+    }
+    const long long start = vx::systemTicks();
+    driver();
+    const long long end = vx::systemTicks();
+    const long long ms = (end - start) / 10000;
+    vx::printTiming(ms / 1000, ms);
+    core->syncToHost();
+}
+
+#define VX_STEP(hostFn, cudaFn)                                                                                        \
+    core->run([](auto& c) { vx::host::hostFn(c); }, [](auto& c) { vx::cuda::cudaFn(c); })
+
+template <class T> void Vexaro<T>::calculateNormalVectors(int planarClass, int scatterClass, int linearClass)
+{
+    if (!core->dataLoaded) {
+        facadeMessage(0, "ERROR! Data not loaded!");
+        return;
+    }
+    // Unset, the cells are as large as the neighbour search so the search sees every neighbour.
+    double size = normalVectorDecompositionSize > 0.0 ? normalVectorDecompositionSize
+                                                      : static_cast<double>(core->par.NNSearchRange_NormalVectors);
+    core->decompose(size, size, size);
+    core->syncToHost();
+    core->slots.TargetClass = planarClass;
+    core->slots.TargetClass2 = scatterClass;
+    core->slots.TargetClass3 = linearClass;
+    runStep("both", [&] { VX_STEP(runNormals, runNormals); });
+    if (autoSaveNormals) saveNormalVectors(baseName);
+    normalsComputed = true;
+}
+
+template <class T> void Vexaro<T>::regularGridDecomposition3D(double sx, double sy, double sz)
+{
+    core->decompose(sx, sy, sz);
+    core->syncToHost();
+}
+
+template <class T> void Vexaro<T>::regularGridDecomposition3Dcube(double s) { regularGridDecomposition3D(s, s, s); }
+
+template <class T> void Vexaro<T>::regularGridDecomposition2D(double sx, double sy)
+{
+    regularGridDecomposition3D(sx, sy, 0.0);
+}
+
+template <class T> void Vexaro<T>::resetPointCloudClasses(int newClass)
+{
+    core->slots.TargetClass = newClass;
+    runStep("both", [&] { VX_STEP(runResetClasses, runResetClasses); });
+}
+
+template <class T> void Vexaro<T>::gatherLowPoints(int lowClass, int groundClass)
+{
+    core->slots.TargetClass = lowClass;
+    core->slots.GroundClass = groundClass;
+    runStep("both", [&] { VX_STEP(runLowPoints, runLowPoints); });
+}
+
+template <class T> void Vexaro<T>::calculateHeightIndex(int referenceClass)
+{
+    core->slots.ReferenceClass = referenceClass;
+    runStep("both", [&] { VX_STEP(runHeightIndex, runHeightIndex); });
+}
+
+template <class T> void Vexaro<T>::findGroundSeed(int groundClass)
+{
+    core->slots.GroundClass = groundClass;
+    runStep("both", [&] { VX_STEP(runGroundSeeds, runGroundSeeds); });
+}
+
+template <class T> void Vexaro<T>::performIterativeGroundGrowth(int groundClass)
+{
+    core->slots.TargetClass = groundClass;
+    runStep("both", [&] { VX_STEP(runGroundGrowth, runGroundGrowth); });
+}
+
+template <class T> void Vexaro<T>::performGroundCorrection(int) {}
+
+template <class T> void Vexaro<T>::performLowPointCorrection(int groundClass, int candidateClass, int replacementClass)
+{
+    core->slots.GroundClass = groundClass;
+    core->slots.ReferenceClass = candidateClass;
+    core->slots.TargetClass = replacementClass;
+    runStep("both", [&] { VX_STEP(runLowPointCorrection, runLowPointCorrection); });
+}
+
+template <class T>
+void Vexaro<T>::findBuildingSeed(int buildingClass, int groundClass, int sourceClass, int companionClass)
+{
+    core->slots.TargetClass = buildingClass;
+    core->slots.GroundClass = groundClass;
+    core->slots.NeighbourPlaneClass = sourceClass;
+    core->slots.NeighbourDistanceClass = companionClass;
+    runStep("aos-only", [&] { VX_STEP(runBuildingSeeds, runBuildingSeeds); });
+}
+
+template <class T>
+void Vexaro<T>::performIterativeBuildingGrowth(int buildingClass, int groundClass, int sourceClass, int companionClass)
+{
+    core->slots.TargetClass = buildingClass;
+    core->slots.GroundClass = groundClass;
+    core->slots.NeighbourPlaneClass = sourceClass;
+    core->slots.NeighbourDistanceClass = companionClass;
+    runStep("aos-only", [&] { VX_STEP(runBuildingGrowth, runBuildingGrowth); });
+}
+
+template <class T>
+void Vexaro<T>::performVegetationClassification(int lowVegetationClass, int mediumVegetationClass,
+                                                int highVegetationClass, int groundClass, int)
+{
+    core->slots.TargetClass = lowVegetationClass;
+    core->slots.TargetClass2 = mediumVegetationClass;
+    core->slots.TargetClass3 = highVegetationClass;
+    core->slots.GroundClass = groundClass;
+    runStep("aos-only", [&] { VX_STEP(runVegetation, runVegetation); });
+}
+
+#undef VX_STEP
+
+#define VX_INSTANTIATE_FACADE_STEPS(T)                                                                                 \
+    template void Vexaro<T>::calculateNormalVectors(int, int, int);                                                    \
+    template void Vexaro<T>::regularGridDecomposition3D(double, double, double);                                       \
+    template void Vexaro<T>::regularGridDecomposition3Dcube(double);                                                   \
+    template void Vexaro<T>::regularGridDecomposition2D(double, double);                                               \
+    template void Vexaro<T>::resetPointCloudClasses(int);                                                              \
+    template void Vexaro<T>::gatherLowPoints(int, int);                                                                \
+    template void Vexaro<T>::calculateHeightIndex(int);                                                                \
+    template void Vexaro<T>::findGroundSeed(int);                                                                      \
+    template void Vexaro<T>::performIterativeGroundGrowth(int);                                                        \
+    template void Vexaro<T>::performGroundCorrection(int);                                                             \
+    template void Vexaro<T>::performLowPointCorrection(int, int, int);                                                 \
+    template void Vexaro<T>::findBuildingSeed(int, int, int, int);                                                     \
+    template void Vexaro<T>::performIterativeBuildingGrowth(int, int, int, int);                                       \
+    template void Vexaro<T>::performVegetationClassification(int, int, int, int, int);
+VX_INSTANTIATE_FACADE_STEPS(float)
+VX_INSTANTIATE_FACADE_STEPS(double)

@@ -1,3 +1,0 @@
-#include "building/BuildingGrowthDriver.h"
-
-VX_INSTANTIATE_STEP(runBuildingGrowth)

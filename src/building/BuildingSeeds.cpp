@@ -1,3 +1,0 @@
-#include "building/BuildingSeedsDriver.h"
-
-VX_INSTANTIATE_STEP(runBuildingSeeds)

@@ -1,3 +1,0 @@
-#include "features/HeightIndexDriver.h"
-
-VX_INSTANTIATE_STEP(runHeightIndex)

@@ -1,3 +1,0 @@
-#include "features/NormalsDriver.h"
-
-VX_INSTANTIATE_STEP(runNormals)

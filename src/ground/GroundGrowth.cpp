@@ -1,3 +1,0 @@
-#include "ground/GroundGrowthDriver.h"
-
-VX_INSTANTIATE_STEP(runGroundGrowth)

@@ -1,3 +1,0 @@
-#include "ground/GroundSeedsDriver.h"
-
-VX_INSTANTIATE_STEP(runGroundSeeds)

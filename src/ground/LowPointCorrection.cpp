@@ -1,3 +1,0 @@
-#include "ground/LowPointCorrectionDriver.h"
-
-VX_INSTANTIATE_STEP(runLowPointCorrection)

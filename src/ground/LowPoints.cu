@@ -1,3 +1,0 @@
-#include "ground/LowPointsDriver.h"
-
-VX_INSTANTIATE_STEP(runLowPoints)

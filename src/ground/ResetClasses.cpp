@@ -1,3 +1,0 @@
-#include "ground/ResetClassesDriver.h"
-
-VX_INSTANTIATE_STEP(runResetClasses)

@@ -1,0 +1,82 @@
+// Loading a file's bytes and turning them into a checked LasFile.
+#include "LasLayout.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vx::las {
+
+namespace {
+
+/// Closes a descriptor on every way out of the reader.
+struct Descriptor {
+    int fd;
+    ~Descriptor()
+    {
+        if (fd >= 0) ::close(fd);
+    }
+};
+
+std::vector<uint8_t> readAll(const std::string& path)
+{
+    Descriptor in{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
+    if (in.fd < 0) detail::fail(path, std::string("cannot open the file (") + std::strerror(errno) + ")");
+    struct stat st {};
+    if (::fstat(in.fd, &st) != 0)
+        detail::fail(path, std::string("cannot read the file (") + std::strerror(errno) + ")");
+    if (S_ISDIR(st.st_mode)) detail::fail(path, "cannot read the file (it is a directory)");
+
+    // One allocation of the size the file system reports; anything that is not a regular file
+    // (a pipe, say) grows the buffer as data arrives.
+    std::vector<uint8_t> bytes;
+    std::size_t filled = 0;
+    bytes.resize(S_ISREG(st.st_mode) && st.st_size > 0 ? static_cast<std::size_t>(st.st_size) : 1 << 16);
+    for (;;) {
+        if (filled == bytes.size()) {
+            if (S_ISREG(st.st_mode) && filled == static_cast<std::size_t>(st.st_size)) {
+                // The expected end: confirm it with a small probe instead of doubling the buffer.
+                uint8_t probe;
+                const ssize_t got = ::read(in.fd, &probe, 1);
+                if (got == 0) break;
+                if (got < 0 && errno == EINTR) continue;
+                if (got < 0)
+                    detail::fail(path, std::string("cannot read the file (") + std::strerror(errno) + ")");
+                bytes.push_back(probe);
+                ++filled;
+            }
+            bytes.resize(bytes.size() * 2);
+        }
+        const ssize_t got = ::read(in.fd, bytes.data() + filled, bytes.size() - filled);
+        if (got == 0) break;
+        if (got < 0) {
+            if (errno == EINTR) continue;
+            detail::fail(path, std::string("cannot read the file (") + std::strerror(errno) + ")");
+        }
+        filled += static_cast<std::size_t>(got);
+    }
+    bytes.resize(filled);
+    return bytes;
+}
+
+} // namespace
+
+LasFile LasFile::read(const std::string& path) { return fromMemory(readAll(path), path); }
+
+LasFile LasFile::fromMemory(std::vector<uint8_t> bytes, const std::string& name)
+{
+    LasFile f;
+    f.header_ = detail::parseHeader(bytes, name);
+    f.vlrs_ = detail::checkLayout(bytes, f.header_, name);
+    f.bytes_ = std::move(bytes);
+    f.name_ = name;
+    f.count_ = static_cast<std::size_t>(f.header_.pointCount);
+    f.pointStart_ = f.header_.offsetToPointData;
+    f.stride_ = f.header_.recordLength;
+    f.wideFormat_ = f.header_.pointFormat >= 6;
+    return f;
+}
+
+} // namespace vx::las

@@ -1,0 +1,3 @@
+#include "steps/building/BuildingGrowthDriver.h"
+
+VX_INSTANTIATE_STEP(runBuildingGrowth)

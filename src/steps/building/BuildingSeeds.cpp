@@ -1,0 +1,3 @@
+#include "steps/building/BuildingSeedsDriver.h"
+
+VX_INSTANTIATE_STEP(runBuildingSeeds)

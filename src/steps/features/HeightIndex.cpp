@@ -1,0 +1,3 @@
+#include "steps/features/HeightIndexDriver.h"
+
+VX_INSTANTIATE_STEP(runHeightIndex)

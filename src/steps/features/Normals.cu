@@ -1,0 +1,3 @@
+#include "steps/features/NormalsDriver.h"
+
+VX_INSTANTIATE_STEP(runNormals)

@@ -1,0 +1,3 @@
+#include "steps/ground/GroundGrowthDriver.h"
+
+VX_INSTANTIATE_STEP(runGroundGrowth)

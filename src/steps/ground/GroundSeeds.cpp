@@ -1,0 +1,3 @@
+#include "steps/ground/GroundSeedsDriver.h"
+
+VX_INSTANTIATE_STEP(runGroundSeeds)

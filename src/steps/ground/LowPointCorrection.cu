@@ -1,0 +1,3 @@
+#include "steps/ground/LowPointCorrectionDriver.h"
+
+VX_INSTANTIATE_STEP(runLowPointCorrection)

@@ -1,0 +1,3 @@
+#include "steps/ground/LowPointsDriver.h"
+
+VX_INSTANTIATE_STEP(runLowPoints)

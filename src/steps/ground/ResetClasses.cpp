@@ -1,0 +1,3 @@
+#include "steps/ground/ResetClassesDriver.h"
+
+VX_INSTANTIATE_STEP(runResetClasses)

@@ -1,0 +1,3 @@
+#include "steps/vegetation/VegetationDriver.h"
+
+VX_INSTANTIATE_STEP(runVegetation)

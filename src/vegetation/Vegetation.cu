@@ -1,3 +1,0 @@
-#include "vegetation/VegetationDriver.h"
-
-VX_INSTANTIATE_STEP(runVegetation)
