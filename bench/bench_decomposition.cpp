@@ -67,7 +67,7 @@ int main(int argc, char** argv)
             std::cout.rdbuf(old);
             std::printf("decomposition %s n=%d cells=%d: %.3f s (%.2f Mpoints/s) incl. upload and host sync, "
                         "peak RSS %ld MB\n",
-                        soa ? "SoA" : "AoS", n, v.engine().groupCount, s, n / s / 1e6, peakRssMb());
+                        soa ? "SoA" : "AoS", n, v.engine().grid.groupCount, s, n / s / 1e6, peakRssMb());
         }
     }
     return 0;

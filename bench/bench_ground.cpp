@@ -91,7 +91,7 @@ template <class T> void run(int n, bool soa, int threads)
     std::printf(
         "ground growth %-6s %s n=%d cells=%d threads=%d: %d iterations, %.3f s total, %.3f s per iteration "
         "(incl. remap and count), %d ground of %d generated ground points\n",
-        sizeof(T) == 4 ? "float" : "double", soa ? "SoA" : "AoS", n, v.engine().groupCount,
+        sizeof(T) == 4 ? "float" : "double", soa ? "SoA" : "AoS", n, v.engine().grid.groupCount,
         v.engine().effectiveHostThreads(), iterations, secs, iterations ? secs / iterations : 0.0, ground,
         truth);
 }

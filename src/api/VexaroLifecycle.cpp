@@ -6,7 +6,7 @@
 
 template <class T> Vexaro<T>::Vexaro() : core(std::make_shared<ClassifierCore<T>>())
 {
-    core->soa = true;
+    core->store.fieldsLayout = true;
 }
 
 // Member-wise: the engine is shared, so a copy acts on the same data as its source.
@@ -25,7 +25,7 @@ template <class T> void Vexaro<T>::clearAllMemory()
     core->clearAllMemory();
 }
 
-template <class T> int Vexaro<T>::pointCount() const { return static_cast<int>(core->hostPoints.size()); }
+template <class T> int Vexaro<T>::pointCount() const { return static_cast<int>(core->store.records.size()); }
 
 template <class T> void Vexaro<T>::copyPoints(VX_Point<T>* out, int count)
 {
@@ -41,7 +41,7 @@ template <class T> void Vexaro<T>::set_Threads(int threads) { core->threads = th
 template <class T> void Vexaro<T>::set_SoA(bool value)
 {
     soa = value;
-    core->soa = value;
+    core->store.fieldsLayout = value;
 }
 template <class T> void Vexaro<T>::set_NormalVectorDecompositionSize(double size) { normalVectorDecompositionSize = size; }
 template <class T> void Vexaro<T>::set_AllowedInputClasses(int* table, int count) { core->setAllowedClasses(table, count); }

@@ -1,16 +1,17 @@
 // The processing methods: store the class arguments, run the driver of the layout in use,
 // print the timing lines, bring the results back to the host copy.
 #include "core/ClassifierCore.h"
+#include "core/StepContext.h"
 #include "steps/common/StepDrivers.h"
 
 using vx::Messenger;
-
 
 template <class T> template <class Driver> void Vexaro<T>::runStep(const char* modeKind, Driver&& driver)
 {
     const bool aosOnly = std::string(modeKind) == "aos-only";
     if (soa) {
-        if (!aosOnly) facadeMessage(0, "SOA");
+        if (!aosOnly)
+            facadeMessage(0, "SOA");
     } else {
         facadeMessage(0, "AOS");
     }
@@ -22,8 +23,22 @@ template <class T> template <class Driver> void Vexaro<T>::runStep(const char* m
     core->syncToHost();
 }
 
-#define VX_STEP(hostFn, cudaFn)                                                                                        \
-    core->run([](auto& c) { vx::host::hostFn(c); }, [](auto& c) { vx::cuda::cudaFn(c); })
+namespace {
+/// Runs a step's driver on the backend in use, with a context over the engine.
+template <class T, class H, class C> void runOnBackend(ClassifierCore<T>& core, H hostFn, C cudaFn)
+{
+    vx::StepContext<T> context(core);
+#ifdef VEXARO_HAVE_CUDA
+    if (core.backend() == vx::Backend::Cuda)
+        return cudaFn(context);
+#endif
+    hostFn(context);
+}
+} // namespace
+
+#define VX_STEP(hostFn, cudaFn)                                                                              \
+    runOnBackend(                                                                                            \
+        *core, [](auto& c) { vx::host::hostFn(c); }, [](auto& c) { vx::cuda::cudaFn(c); })
 
 template <class T> void Vexaro<T>::calculateNormalVectors(int planarClass, int scatterClass, int linearClass)
 {
@@ -32,15 +47,17 @@ template <class T> void Vexaro<T>::calculateNormalVectors(int planarClass, int s
         return;
     }
     // Unset, the cells are as large as the neighbour search so the search sees every neighbour.
-    double size = normalVectorDecompositionSize > 0.0 ? normalVectorDecompositionSize
-                                                      : static_cast<double>(core->par.NNSearchRange_NormalVectors);
+    double size = normalVectorDecompositionSize > 0.0
+                      ? normalVectorDecompositionSize
+                      : static_cast<double>(core->par.NNSearchRange_NormalVectors);
     core->decompose(size, size, size);
     core->syncToHost();
     core->slots.TargetClass = planarClass;
     core->slots.TargetClass2 = scatterClass;
     core->slots.TargetClass3 = linearClass;
     runStep("both", [&] { VX_STEP(runNormals, runNormals); });
-    if (autoSaveNormals) saveNormalVectors(baseName);
+    if (autoSaveNormals)
+        saveNormalVectors(baseName);
     normalsComputed = true;
 }
 
@@ -50,7 +67,10 @@ template <class T> void Vexaro<T>::regularGridDecomposition3D(double sx, double 
     core->syncToHost();
 }
 
-template <class T> void Vexaro<T>::regularGridDecomposition3Dcube(double s) { regularGridDecomposition3D(s, s, s); }
+template <class T> void Vexaro<T>::regularGridDecomposition3Dcube(double s)
+{
+    regularGridDecomposition3D(s, s, s);
+}
 
 template <class T> void Vexaro<T>::regularGridDecomposition2D(double sx, double sy)
 {
@@ -90,7 +110,8 @@ template <class T> void Vexaro<T>::performIterativeGroundGrowth(int groundClass)
 
 template <class T> void Vexaro<T>::performGroundCorrection(int) {}
 
-template <class T> void Vexaro<T>::performLowPointCorrection(int groundClass, int candidateClass, int replacementClass)
+template <class T>
+void Vexaro<T>::performLowPointCorrection(int groundClass, int candidateClass, int replacementClass)
 {
     core->slots.GroundClass = groundClass;
     core->slots.ReferenceClass = candidateClass;
@@ -109,7 +130,8 @@ void Vexaro<T>::findBuildingSeed(int buildingClass, int groundClass, int sourceC
 }
 
 template <class T>
-void Vexaro<T>::performIterativeBuildingGrowth(int buildingClass, int groundClass, int sourceClass, int companionClass)
+void Vexaro<T>::performIterativeBuildingGrowth(int buildingClass, int groundClass, int sourceClass,
+                                               int companionClass)
 {
     core->slots.TargetClass = buildingClass;
     core->slots.GroundClass = groundClass;
@@ -131,20 +153,20 @@ void Vexaro<T>::performVegetationClassification(int lowVegetationClass, int medi
 
 #undef VX_STEP
 
-#define VX_INSTANTIATE_FACADE_STEPS(T)                                                                                 \
-    template void Vexaro<T>::calculateNormalVectors(int, int, int);                                                    \
-    template void Vexaro<T>::regularGridDecomposition3D(double, double, double);                                       \
-    template void Vexaro<T>::regularGridDecomposition3Dcube(double);                                                   \
-    template void Vexaro<T>::regularGridDecomposition2D(double, double);                                               \
-    template void Vexaro<T>::resetPointCloudClasses(int);                                                              \
-    template void Vexaro<T>::gatherLowPoints(int, int);                                                                \
-    template void Vexaro<T>::calculateHeightIndex(int);                                                                \
-    template void Vexaro<T>::findGroundSeed(int);                                                                      \
-    template void Vexaro<T>::performIterativeGroundGrowth(int);                                                        \
-    template void Vexaro<T>::performGroundCorrection(int);                                                             \
-    template void Vexaro<T>::performLowPointCorrection(int, int, int);                                                 \
-    template void Vexaro<T>::findBuildingSeed(int, int, int, int);                                                     \
-    template void Vexaro<T>::performIterativeBuildingGrowth(int, int, int, int);                                       \
+#define VX_INSTANTIATE_FACADE_STEPS(T)                                                                       \
+    template void Vexaro<T>::calculateNormalVectors(int, int, int);                                          \
+    template void Vexaro<T>::regularGridDecomposition3D(double, double, double);                             \
+    template void Vexaro<T>::regularGridDecomposition3Dcube(double);                                         \
+    template void Vexaro<T>::regularGridDecomposition2D(double, double);                                     \
+    template void Vexaro<T>::resetPointCloudClasses(int);                                                    \
+    template void Vexaro<T>::gatherLowPoints(int, int);                                                      \
+    template void Vexaro<T>::calculateHeightIndex(int);                                                      \
+    template void Vexaro<T>::findGroundSeed(int);                                                            \
+    template void Vexaro<T>::performIterativeGroundGrowth(int);                                              \
+    template void Vexaro<T>::performGroundCorrection(int);                                                   \
+    template void Vexaro<T>::performLowPointCorrection(int, int, int);                                       \
+    template void Vexaro<T>::findBuildingSeed(int, int, int, int);                                           \
+    template void Vexaro<T>::performIterativeBuildingGrowth(int, int, int, int);                             \
     template void Vexaro<T>::performVegetationClassification(int, int, int, int, int);
 VX_INSTANTIATE_FACADE_STEPS(float)
 VX_INSTANTIATE_FACADE_STEPS(double)

@@ -12,23 +12,6 @@
 
 namespace vx {
 
-void DeviceSoA::resetPoints()
-{
-    x.reset(), y.reset(), z.reset(), nx.reset(), ny.reset(), nz.reset(), heightIndex.reset();
-    classification.reset(), lastReturn.reset();
-}
-void DeviceSoA::resetIndex() { pointIndex.reset(), group.reset(); }
-void DeviceSoA::resetGroups() { start.reset(), end.reset(), count.reset(); }
-
-vxPointSoA DeviceSoA::points() const
-{
-    return {x.data(), y.data(), z.data(), nx.data(), ny.data(), nz.data(), heightIndex.data(),
-            classification.data(), lastReturn.data()};
-}
-vxIndexToGroupSoA DeviceSoA::index() const { return {pointIndex.data(), group.data()}; }
-vxDecompositionGroupsSoA DeviceSoA::groups() const { return {start.data(), end.data(), count.data()}; }
-
-
 namespace {
 
 void defaultDeviceErrorHandler(int)
@@ -71,11 +54,11 @@ template <class T> void ClassifierCore<T>::chooseBackend(BackendChoice choice)
     if (next == resolvedBackend) return;
     // Arrays of one backend cannot be read by the other: keep the host copy and the table,
     // drop the rest; the next decomposition uploads again.
-    if (devicePoints) syncToHost();
-    devicePoints.reset(), deviceIndexToGroup.reset(), deviceGroups.reset();
-    deviceSoA.resetPoints(), deviceSoA.resetIndex(), deviceSoA.resetGroups();
+    if (store.deviceRecords) syncToHost();
+    store.resetDevice();
+    grid.resetDevice();
     stepStates.clear();
-    pointCount = groupCount = 0;
+    store.count = grid.groupCount = 0;
     backendResolved = false;
     if (!allowedHostCopy.empty()) {
         allowedClasses.allocate(backend(), allowedHostCopy.size());
@@ -160,9 +143,7 @@ template <class T> bool ClassifierCore<T>::setData(const VX_Point<T>* points, in
         return false;
     }
     dataLoaded = true;
-    hostPoints.assign(points, points + count);
-    hostPointCount = count;
-    hostSoA = {};
+    store.assign(std::vector<VX_Point<T>>(points, points + count));
     return true;
 }
 
@@ -174,45 +155,8 @@ template <class T> bool ClassifierCore<T>::setData(std::vector<VX_Point<T>>&& re
         return false;
     }
     dataLoaded = true;
-    hostPoints = std::move(records);
-    hostPointCount = count;
-    hostSoA = {};
+    store.assign(std::move(records));
     return true;
-}
-
-template <class T> void ClassifierCore<T>::fillStaging()
-{
-    const int count = static_cast<int>(hostPoints.size());
-    auto& h = hostSoA;
-    h.x.resize(count), h.y.resize(count), h.z.resize(count);
-    h.nx.resize(count), h.ny.resize(count), h.nz.resize(count), h.heightIndex.resize(count);
-    h.classification.resize(count), h.lastReturn.resize(count);
-    for (int i = 0; i < count; ++i) {
-        const auto& p = hostPoints[i];
-        h.x[i] = static_cast<float>(p.x), h.y[i] = static_cast<float>(p.y), h.z[i] = static_cast<float>(p.z);
-        h.nx[i] = static_cast<float>(p.nx), h.ny[i] = static_cast<float>(p.ny), h.nz[i] = static_cast<float>(p.nz);
-        h.heightIndex[i] = p.heightIndex;
-        h.classification[i] = p.classification;
-        h.lastReturn[i] = p.lastReturn;
-    }
-}
-
-template <class T> VX_Point<T>* ClassifierCore<T>::getHostPoints(int& count)
-{
-    count = static_cast<int>(hostPoints.size());
-    const auto& h = hostSoA;
-    if (!hostPoints.empty() && h.x.size() == hostPoints.size() && h.classification.size() == hostPoints.size()) {
-        // Per-field arrays carry the latest results in this layout. Coordinates stay those of the
-        // host records: the per-field copies are only single precision.
-        for (int i = 0; i < count; ++i) {
-            auto& p = hostPoints[i];
-            p.nx = static_cast<T>(h.nx[i]), p.ny = static_cast<T>(h.ny[i]), p.nz = static_cast<T>(h.nz[i]);
-            p.heightIndex = h.heightIndex[i];
-            p.classification = h.classification[i];
-            p.lastReturn = h.lastReturn[i];
-        }
-    }
-    return hostPoints.data();
 }
 
 template <class T> void ClassifierCore<T>::setAllowedClasses(const int* table, int count)
@@ -233,19 +177,14 @@ template <class T> void ClassifierCore<T>::setAllowedClasses(const int* table, i
 template <class T> void ClassifierCore<T>::clearAllMemory()
 {
     msg(1, "Clearing Memories!");
-    devicePoints.reset(), deviceIndexToGroup.reset(), deviceGroups.reset();
-    deviceSoA.resetPoints(), deviceSoA.resetIndex(), deviceSoA.resetGroups();
+    store.resetDevice();
+    grid.resetDevice();
     allowedClasses.reset();
     allowedClassesCount = 0;
     allowedHostCopy.clear();
     stepStates.clear();
-    hostPoints = {};
-    hostSoA = {};
-    hostIndexToGroup = {};
-    hostGroups = {};
-    hostPointCount = hostGroupCount = 0;
-    pointCount = 0;
-    groupCount = 0;
+    store.clear();
+    grid.clear();
     dataLoaded = false;
     checkDeviceError();
 }

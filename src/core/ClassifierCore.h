@@ -1,5 +1,5 @@
-// The engine behind a Vexaro object: run settings, parameters, class slots, the host copy of
-// the cloud and every backend array. Drivers read and write it directly.
+// The engine behind a Vexaro object: run settings, parameters, class slots, the cloud's store,
+// the grid state and the backend. Steps see it through a StepContext only.
 #pragma once
 
 #include "core/Messenger.h"
@@ -9,7 +9,9 @@
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
 #include "grid/GridTypes.h"
+#include "grid/GridStore.h"
 #include "grid/Layouts.h"
+#include "store/PointStore.h"
 
 #include <Vexaro.h>
 
@@ -19,28 +21,6 @@
 namespace vx {
 
 enum class BackendChoice { Auto, Cpu, Cuda };
-
-/// Host copies of the per-field arrays.
-struct HostSoA {
-    std::vector<float> x, y, z, nx, ny, nz, heightIndex;
-    std::vector<int32_t> classification, lastReturn;
-    std::vector<int32_t> pointIndex, group;
-    std::vector<int32_t> start, end, count;
-};
-
-/// Backend copies of the per-field arrays.
-struct DeviceSoA {
-    Buffer<float> x, y, z, nx, ny, nz, heightIndex;
-    Buffer<int32_t> classification, lastReturn;
-    Buffer<int32_t> pointIndex, group;
-    Buffer<int32_t> start, end, count;
-    void resetPoints();
-    void resetIndex();
-    void resetGroups();
-    vxPointSoA points() const;
-    vxIndexToGroupSoA index() const;
-    vxDecompositionGroupsSoA groups() const;
-};
 
 } // namespace vx
 
@@ -55,7 +35,6 @@ public:
     int32_t threads = 256;
     bool dataLoaded = false;
     int32_t deviceIndex = 0;
-    bool soa = true;
     vx::Messenger msg; ///< threshold = the engine's message level
     vx::BackendChoice backendChoice = vx::BackendChoice::Auto;
     int hostThreads = 0; ///< 0: every core
@@ -72,22 +51,11 @@ public:
     vx::ClassSlots slots;
     vx::Parameters<T> par;
 
-    // --- host data ---
-    std::vector<VX_Point<T>> hostPoints;
-    vx::HostSoA hostSoA;
-    std::vector<VX_IndexToGroup> hostIndexToGroup;
-    std::vector<VX_DecompositionGroups> hostGroups;
-    int32_t hostPointCount = 0;
-    int32_t hostGroupCount = 0;
+    // --- the cloud and its grid ---
+    vx::PointStore<T> store;
+    vx::GridStore<T> grid;
 
     // --- backend data ---
-    int32_t pointCount = 0;
-    int32_t groupCount = 0;
-    VX_DecompositionGridParameters<T> gridParameters;
-    vx::Buffer<VX_Point<T>> devicePoints;
-    vx::Buffer<VX_IndexToGroup> deviceIndexToGroup;
-    vx::Buffer<VX_DecompositionGroups> deviceGroups;
-    vx::DeviceSoA deviceSoA;
     vx::Buffer<int32_t> allowedClasses;
     int32_t allowedClassesCount = 0;
     std::vector<int32_t> allowedHostCopy; ///< to rebuild the table when the backend changes
@@ -114,28 +82,19 @@ public:
     /// The same, taking over records the caller no longer needs instead of copying them.
     bool setData(std::vector<VX_Point<T>>&& records);
     /// The host records, gathered first from the per-field arrays in that layout.
-    VX_Point<T>* getHostPoints(int& count);
+    VX_Point<T>* getHostPoints(int& count) { return store.hostRecords(count); }
     bool syncToHost();
-    /// Per-field host arrays made from the records.
-    void fillStaging();
     void uploadPoints();
     bool decompose(double sx, double sy, double sz);
-    /// True when the arrays of the current layout exist for pointCount points; otherwise says
+    /// True when the arrays of the current layout exist for the uploaded points; otherwise says
     /// that a decomposition must run first. Every step driver starts with it.
     bool requireGrid();
     void setAllowedClasses(const int* table, int count);
     void clearAllMemory();
 
-    // --- views for kernels ---
-    vx::AosPoints<T> aosPoints() const { return {devicePoints.data()}; }
-    vx::AosIndex aosIndex() const { return {deviceIndexToGroup.data()}; }
-    vx::AosGroups aosGroups() const { return {deviceGroups.data()}; }
-    vx::SoaPoints soaPoints() const { return {deviceSoA.points()}; }
-    vx::SoaIndex soaIndex() const { return {deviceSoA.index()}; }
-    vx::SoaGroups soaGroups() const { return {deviceSoA.groups()}; }
     vx::AllowedClasses allowed() const { return {allowedClasses.data(), allowedClassesCount}; }
 
-    /// Runs hostFn or cudaFn with the engine, by the backend in use.
+    /// Runs hostFn or cudaFn with the engine, by the backend in use (the decomposition's drivers).
     template <class H, class C> void run(H hostFn, C cudaFn)
     {
 #ifdef VEXARO_HAVE_CUDA

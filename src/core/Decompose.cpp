@@ -16,13 +16,12 @@ template <class T> bool ClassifierCore<T>::decompose(double sx, double sy, doubl
             std::to_string(sx) + " " + std::to_string(sy) + " " + std::to_string(sz));
         return false;
     }
-    devicePoints.reset();
-    deviceGroups.reset();
-    deviceIndexToGroup.reset();
+    store.deviceRecords.reset();
+    grid.resetDevice(Records{});
     msg(0, "Standard decomposition");
     uploadPoints();
     msg(0, "Standard");
-    if (soa) msg(0, "SoA");
+    if (store.fieldsLayout) msg(0, "SoA");
 
     const auto start = std::chrono::steady_clock::now();
     run([&](auto& c) { vx::host::decomposeCore(c, sx, sy, sz); },
@@ -35,9 +34,8 @@ template <class T> bool ClassifierCore<T>::decompose(double sx, double sy, doubl
 
 template <class T> bool ClassifierCore<T>::requireGrid()
 {
-    const bool ready = soa ? (deviceSoA.pointIndex && deviceSoA.start && deviceSoA.x)
-                           : (devicePoints && deviceIndexToGroup && deviceGroups);
-    if (ready || pointCount == 0) return ready;
+    const bool ready = store.onDevice() && store.visit([&](auto layout) { return grid.ready(layout); });
+    if (ready || store.count == 0) return ready;
     msg(0, "ERROR! No grid decomposition for the current layout; run a decomposition first");
     return false;
 }

@@ -20,7 +20,7 @@ constexpr int kLinearGrowthSteps = 100;
 
 template <class T> GridFit fitGrid(ClassifierCore<T>& c, double sx, double sy, double sz)
 {
-    const auto& g = c.gridParameters;
+    const auto& g = c.grid.parameters;
     const double ex = static_cast<double>(static_cast<T>(g.maxX - g.minX));
     const double ey = static_cast<double>(static_cast<T>(g.maxY - g.minY));
     const double ez = static_cast<double>(static_cast<T>(g.maxZ - g.minZ));
@@ -38,7 +38,7 @@ template <class T> GridFit fitGrid(ClassifierCore<T>& c, double sx, double sy, d
         std::size_t freeBytes = 0, totalBytes = 0;
         c.memoryInfo(freeBytes, totalBytes);
         const double needed = groups < 0 ? std::numeric_limits<double>::infinity()
-                                         : static_cast<double>(c.pointCount) * 8.0 + static_cast<double>(groups) * 12.0;
+                                         : static_cast<double>(c.store.count) * 8.0 + static_cast<double>(groups) * 12.0;
         c.msg(4, "Free memory", static_cast<double>(freeBytes) / 1e9);
         c.msg(4, "Theoretical memory", needed / 1e9);
         c.msg(4, "Free memory", static_cast<double>(freeBytes) / 1e9);

@@ -60,4 +60,12 @@ private:
     std::size_t count_ = 0;
 };
 
+/// Resizes host to n and copies n elements of buffer into it (nothing when either is empty).
+template <class V, class B> void downloadInto(V& host, const B& buffer, std::size_t n)
+{
+    host.resize(n);
+    if (n && buffer)
+        buffer.download(host.data(), n);
+}
+
 } // namespace vx

@@ -4,6 +4,7 @@
 
 #include "exec/Hd.h"
 #include "grid/GridTypes.h"
+#include "store/Layout.h"
 
 #include <Vexaro.h>
 
@@ -48,6 +49,10 @@ struct SoaGroups {
     VX_HD void setEnd(int c, int v) const { s.end[c] = v; }
     VX_HD void setCount(int c, int v) const { s.count[c] = v; }
 };
+
+/// The link and run views of a layout.
+template <class L> using IndexOf = std::conditional_t<L::fields, SoaIndex, AosIndex>;
+template <class L> using GroupsOf = std::conditional_t<L::fields, SoaGroups, AosGroups>;
 
 /// The allowed-input-classes table. A missing table admits every class; a class outside the
 /// table is not admitted (never read past its end).

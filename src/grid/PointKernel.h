@@ -94,4 +94,8 @@ template <class T, class Points, class Index, class Groups> struct Neighbourhood
     }
 };
 
+/// Kernel K on the views of layout L: kernels are named once, for both layouts.
+template <template <class, class, class, class> class K, class T, class L>
+using OnLayout = K<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>>;
+
 } // namespace vx

@@ -4,24 +4,13 @@
 #pragma once
 
 #include "exec/Hd.h"
+#include "store/Layout.h"
+#include "store/PointFields.h"
 
 #include <Vexaro.h>
 
 #include <cstdint>
 #include <type_traits>
-
-/// Per-field point arrays; coordinates are float in both precisions.
-struct vxPointSoA {
-    float* x = nullptr;
-    float* y = nullptr;
-    float* z = nullptr;
-    float* nx = nullptr;
-    float* ny = nullptr;
-    float* nz = nullptr;
-    float* heightIndex = nullptr;
-    int32_t* classification = nullptr;
-    int32_t* lastReturn = nullptr;
-};
 
 namespace vx {
 
@@ -68,6 +57,9 @@ struct SoaPoints {
         s.nz[i] = static_cast<float>(nz_);
     }
 };
+
+/// The point view of a layout.
+template <class T, class L> using PointsOf = std::conditional_t<L::fields, SoaPoints, AosPoints<T>>;
 
 static_assert(std::is_trivially_copyable_v<AosPoints<float>>);
 static_assert(std::is_trivially_copyable_v<SoaPoints>);

@@ -17,7 +17,7 @@ TYPED_TEST(ParametersTest, DefaultsAreTheDocumentedValues)
     EXPECT_EQ(c.msg.threshold, 2);
     EXPECT_FALSE(c.dataLoaded);
     EXPECT_EQ(c.deviceIndex, 0);
-    EXPECT_TRUE(c.soa);
+    EXPECT_TRUE(c.store.fieldsLayout);
     const auto& s = c.slots;
     EXPECT_EQ(s.TargetClass, 0);
     EXPECT_EQ(s.TargetClass2, 0);
@@ -115,7 +115,7 @@ TYPED_TEST(ParametersTest, SoaFlagIsMirroredInTheEngine)
 {
     Vexaro<TypeParam> v;
     v.set_SoA(false);
-    EXPECT_FALSE(v.engine().soa);
+    EXPECT_FALSE(v.engine().store.fieldsLayout);
     v.set_SoA(true);
-    EXPECT_TRUE(v.engine().soa);
+    EXPECT_TRUE(v.engine().store.fieldsLayout);
 }

@@ -171,9 +171,9 @@ TEST(StepWrapper, ClearAllMemoryReleasesAndAnnounces)
     CaptureStdout out;
     v.clearAllMemory();
     EXPECT_EQ(out.text(), "Clearing Memories! \n");
-    EXPECT_TRUE(v.engine().devicePoints.empty());
+    EXPECT_TRUE(v.engine().store.deviceRecords.empty());
     EXPECT_TRUE(v.engine().allowedClasses.empty());
-    EXPECT_EQ(v.engine().pointCount, 0);
+    EXPECT_EQ(v.engine().store.count, 0);
     EXPECT_EQ(v.pointCount(), 0);
 }
 

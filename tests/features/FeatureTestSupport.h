@@ -20,9 +20,9 @@ template <class F> void forBothPrecisions(F&& f)
 
 /// Loads pts and computes normals with cubic cells of edge `cell`, printing nothing; returns the
 /// records in input order.
-template <class T> std::vector<VX_Point<T>> normalsOf(Vexaro<T>& v, std::vector<VX_Point<T>> pts,
-                                                      int planar = 5, int scatter = 6, int linear = 7,
-                                                      double cell = 1.5)
+template <class T>
+std::vector<VX_Point<T>> normalsOf(Vexaro<T>& v, std::vector<VX_Point<T>> pts, int planar = 5,
+                                   int scatter = 6, int linear = 7, double cell = 1.5)
 {
     CaptureStdout quiet;
     v.loadDirectData(pts.data(), static_cast<int>(pts.size()));
@@ -45,41 +45,23 @@ template <class T> std::vector<VX_mean<T>> phaseOneMeans(Vexaro<T>& v, double ce
         v.regularGridDecomposition3Dcube(cell);
     }
     auto& c = v.engine();
-    const int n = c.pointCount;
+    const int n = c.store.count;
     vx::MeanBuffers<T> buffers;
-    buffers.allocate(c.backend(), c.soa, n);
     std::vector<VX_mean<T>> byPoint(n);
-    if (c.soa) {
-        vx::k_NVPCASVD_calculateMeanSoA<T> k{c.soaPoints(),
-                                             c.soaIndex(),
-                                             c.soaGroups(),
-                                             c.gridParameters,
-                                             buffers.soa(),
-                                             n,
-                                             c.par.Inner_NormalVectors,
-                                             c.par.NNSearchRange_NormalVectors,
-                                             c.par.MinimalNumberOfNN};
+    c.store.visit([&](auto layout) {
+        using L = decltype(layout);
+        buffers.allocate(layout, c.backend(), n);
+        const auto itg = c.grid.index(layout);
+        vx::k_NVPCASVD_calculateMean<T, L> k{
+            c.store.points(layout), itg, c.grid.groups(layout),     c.grid.parameters,
+            buffers.view(layout),   n,   c.par.Inner_NormalVectors, c.par.NNSearchRange_NormalVectors,
+            c.par.MinimalNumberOfNN};
         for (int i = 0; i < n; ++i)
             k(i);
-        const auto m = buffers.soa();
+        const auto m = buffers.view(layout);
         for (int i = 0; i < n; ++i)
-            byPoint[c.hostSoA.pointIndex[i]] = {m.x(i), m.y(i), m.z(i)};
-    } else {
-        vx::k_NVPCASVD_calculateMean<T> k{c.aosPoints(),
-                                          c.aosIndex(),
-                                          c.aosGroups(),
-                                          c.gridParameters,
-                                          buffers.aos(),
-                                          n,
-                                          c.par.Inner_NormalVectors,
-                                          c.par.NNSearchRange_NormalVectors,
-                                          c.par.MinimalNumberOfNN};
-        for (int i = 0; i < n; ++i)
-            k(i);
-        const auto m = buffers.aos();
-        for (int i = 0; i < n; ++i)
-            byPoint[c.hostIndexToGroup[i].pointIndex] = {m.x(i), m.y(i), m.z(i)};
-    }
+            byPoint[itg.pointIndex(i)] = {m.x(i), m.y(i), m.z(i)};
+    });
     return byPoint;
 }
 

@@ -27,10 +27,10 @@ template <class T> void hostLinks(const ClassifierCore<T>& e, bool soa, std::vec
 {
     idx.clear(), grp.clear();
     if (soa) {
-        idx = e.hostSoA.pointIndex, grp = e.hostSoA.group;
+        idx = e.grid.hostFields.pointIndex, grp = e.grid.hostFields.group;
         return;
     }
-    for (const auto& l : e.hostIndexToGroup) idx.push_back(l.pointIndex), grp.push_back(l.group);
+    for (const auto& l : e.grid.hostIndex) idx.push_back(l.pointIndex), grp.push_back(l.group);
 }
 
 } // namespace
@@ -44,11 +44,11 @@ TEST_P(Decomposition, PointOnTheMaximumLandsInTheLastCell)
     std::vector<VX_Point<float>> pts{point<float>(0, 0, 0), point<float>(10, 0, 0), point<float>(4, 0, 0)};
     v.loadDirectData(pts.data(), 3);
     decomposeQuietly(v, 2.5, 1, 1);
-    const auto& g = v.engine().gridParameters;
+    const auto& g = v.engine().grid.parameters;
     EXPECT_EQ(g.cellsX, 5); // trunc(10 / 2.5 + 1)
     EXPECT_EQ(g.cellsY, 1);
     EXPECT_EQ(g.cellsZ, 1);
-    EXPECT_EQ(v.engine().groupCount, 5);
+    EXPECT_EQ(v.engine().grid.groupCount, 5);
     // Sorted links: point 0 in cell 0, point 2 in cell 1, point 1 in cell 4 = cellsX - 1.
     std::vector<int> idx, grp;
     hostLinks(v.engine(), GetParam().soa, idx, grp);
@@ -63,7 +63,7 @@ TEST_P(Decomposition, ZeroExtentGivesOneCell)
     std::vector<VX_Point<double>> pts{point<double>(1, 5, 2), point<double>(1, 5, 2), point<double>(1, 5, 2)};
     v.loadDirectData(pts.data(), 3);
     decomposeQuietly(v, 1, 1, 1);
-    const auto& g = v.engine().gridParameters;
+    const auto& g = v.engine().grid.parameters;
     EXPECT_EQ(g.cellsX, 1);
     EXPECT_EQ(g.cellsY, 1);
     EXPECT_EQ(g.cellsZ, 1);
@@ -80,7 +80,7 @@ TEST_P(Decomposition, PlanarGridIsOneLayerTallerThanTheCloud)
         CaptureStdout quiet;
         v.regularGridDecomposition2D(1, 1);
     }
-    const auto& g = v.engine().gridParameters;
+    const auto& g = v.engine().grid.parameters;
     EXPECT_EQ(g.cellsZ, 1);
     EXPECT_EQ(g.sizeZ, 130.f);
 }
@@ -93,15 +93,15 @@ TEST_P(Decomposition, OnePointCloudHasOneRun)
     v.loadDirectData(pts.data(), 1);
     decomposeQuietly(v, 1, 1, 1);
     const auto& e = v.engine();
-    ASSERT_EQ(e.groupCount, 1);
+    ASSERT_EQ(e.grid.groupCount, 1);
     if (GetParam().soa) {
-        EXPECT_EQ(e.hostSoA.start[0], 0);
-        EXPECT_EQ(e.hostSoA.end[0], 1);
-        EXPECT_EQ(e.hostSoA.count[0], 1);
+        EXPECT_EQ(e.grid.hostFields.start[0], 0);
+        EXPECT_EQ(e.grid.hostFields.end[0], 1);
+        EXPECT_EQ(e.grid.hostFields.count[0], 1);
     } else {
-        EXPECT_EQ(e.hostGroups[0].start, 0);
-        EXPECT_EQ(e.hostGroups[0].end, 1);
-        EXPECT_EQ(e.hostGroups[0].count, 1);
+        EXPECT_EQ(e.grid.hostGroups[0].start, 0);
+        EXPECT_EQ(e.grid.hostGroups[0].end, 1);
+        EXPECT_EQ(e.grid.hostGroups[0].count, 1);
     }
 }
 
@@ -133,17 +133,17 @@ TEST_P(Decomposition, RunsCoverTheSortedLinksExactly)
     const auto& e = v.engine();
     const bool soa = GetParam().soa;
     long total = 0;
-    for (int c = 0; c < e.groupCount; ++c) {
-        const int start = soa ? e.hostSoA.start[c] : e.hostGroups[c].start;
-        const int end = soa ? e.hostSoA.end[c] : e.hostGroups[c].end;
-        const int count = soa ? e.hostSoA.count[c] : e.hostGroups[c].count;
+    for (int c = 0; c < e.grid.groupCount; ++c) {
+        const int start = soa ? e.grid.hostFields.start[c] : e.grid.hostGroups[c].start;
+        const int end = soa ? e.grid.hostFields.end[c] : e.grid.hostGroups[c].end;
+        const int count = soa ? e.grid.hostFields.count[c] : e.grid.hostGroups[c].count;
         if (start == -1) {
             EXPECT_EQ(end, -1);
             EXPECT_EQ(count, 0);
             continue;
         }
         EXPECT_EQ(count, end - start);
-        for (int j = start; j < end; ++j) EXPECT_EQ(soa ? e.hostSoA.group[j] : e.hostIndexToGroup[j].group, c);
+        for (int j = start; j < end; ++j) EXPECT_EQ(soa ? e.grid.hostFields.group[j] : e.grid.hostIndex[j].group, c);
         total += count;
     }
     EXPECT_EQ(total, 3000);
@@ -208,13 +208,13 @@ TEST_P(Decomposition, NotEnoughMemoryGrowsEveryEdgeByHalfAUnit)
         if (l.rfind("Not enough memory", 0) == 0) grow.push_back(l);
     ASSERT_FALSE(grow.empty());
     EXPECT_EQ(grow[0], "Not enough memory, increasing groups size:  1.5");
-    const auto& g = v.engine().gridParameters;
+    const auto& g = v.engine().grid.parameters;
     const double edge = 1.0 + 0.5 * grow.size();
     EXPECT_EQ(grow.back(), "Not enough memory, increasing groups size:  " + vx::toText(edge));
     EXPECT_FLOAT_EQ(g.sizeX, float(edge));
     EXPECT_FLOAT_EQ(g.sizeY, float(edge));
     EXPECT_FLOAT_EQ(g.sizeZ, float(edge));
-    EXPECT_LE(100 * 8 + v.engine().groupCount * 12, 80000);
+    EXPECT_LE(100 * 8 + v.engine().grid.groupCount * 12, 80000);
 }
 
 TEST_P(Decomposition, HugeExtentNeverWrapsTheCellCount)
@@ -227,10 +227,10 @@ TEST_P(Decomposition, HugeExtentNeverWrapsTheCellCount)
     v.engine().freeMemoryCap = 1 << 20;
     decomposeQuietly(v, 0.01, 0.01, 0.01);
     const auto& e = v.engine();
-    EXPECT_GT(e.groupCount, 0);
-    EXPECT_LE(3 * 8 + static_cast<double>(e.groupCount) * 12, 0.8 * (1 << 20));
-    EXPECT_EQ(static_cast<long long>(e.gridParameters.cellsX) * e.gridParameters.cellsY * e.gridParameters.cellsZ,
-              e.groupCount);
+    EXPECT_GT(e.grid.groupCount, 0);
+    EXPECT_LE(3 * 8 + static_cast<double>(e.grid.groupCount) * 12, 0.8 * (1 << 20));
+    EXPECT_EQ(static_cast<long long>(e.grid.parameters.cellsX) * e.grid.parameters.cellsY * e.grid.parameters.cellsZ,
+              e.grid.groupCount);
 }
 
 TEST_P(Decomposition, AbsurdCellEdgesAreRefused)
@@ -242,7 +242,7 @@ TEST_P(Decomposition, AbsurdCellEdgesAreRefused)
     CaptureStdout out;
     v.regularGridDecomposition3D(0.0, 1.0, 1.0);
     EXPECT_EQ(out.lines().at(0).rfind("ERROR! Cell edges must be positive and finite", 0), 0u);
-    EXPECT_EQ(v.engine().groupCount, 0);
+    EXPECT_EQ(v.engine().grid.groupCount, 0);
 }
 
 TEST_P(Decomposition, HostKeepsThePointsInInputOrder)
@@ -281,15 +281,15 @@ TEST(DecompositionLayouts, FieldAndRecordLayoutsGiveIdenticalLinksAndRuns)
         decomposeQuietly(soa, s.edge, s.edge, s.edge);
         const auto& a = aos.engine();
         const auto& b = soa.engine();
-        ASSERT_EQ(a.groupCount, b.groupCount);
+        ASSERT_EQ(a.grid.groupCount, b.grid.groupCount);
         for (int j = 0; j < s.n; ++j) {
-            ASSERT_EQ(a.hostIndexToGroup[j].pointIndex, b.hostSoA.pointIndex[j]);
-            ASSERT_EQ(a.hostIndexToGroup[j].group, b.hostSoA.group[j]);
+            ASSERT_EQ(a.grid.hostIndex[j].pointIndex, b.grid.hostFields.pointIndex[j]);
+            ASSERT_EQ(a.grid.hostIndex[j].group, b.grid.hostFields.group[j]);
         }
-        for (int c = 0; c < a.groupCount; ++c) {
-            ASSERT_EQ(a.hostGroups[c].start, b.hostSoA.start[c]);
-            ASSERT_EQ(a.hostGroups[c].end, b.hostSoA.end[c]);
-            ASSERT_EQ(a.hostGroups[c].count, b.hostSoA.count[c]);
+        for (int c = 0; c < a.grid.groupCount; ++c) {
+            ASSERT_EQ(a.grid.hostGroups[c].start, b.grid.hostFields.start[c]);
+            ASSERT_EQ(a.grid.hostGroups[c].end, b.grid.hostFields.end[c]);
+            ASSERT_EQ(a.grid.hostGroups[c].count, b.grid.hostFields.count[c]);
         }
     }
 }
@@ -302,9 +302,9 @@ TEST(DecompositionLayouts, FieldLayoutUploadsRecordsAndFieldArrays)
     v.loadDirectData(pts.data(), 64);
     decomposeQuietly(v, 1, 1, 1);
     const auto& e = v.engine();
-    EXPECT_EQ(e.devicePoints.size(), 64u);
-    EXPECT_EQ(e.deviceSoA.x.size(), 64u);
-    EXPECT_EQ(e.deviceSoA.classification.size(), 64u);
-    EXPECT_EQ(e.deviceSoA.lastReturn.size(), 64u);
-    EXPECT_EQ(e.hostSoA.x.size(), 64u);
+    EXPECT_EQ(e.store.deviceRecords.size(), 64u);
+    EXPECT_EQ(e.store.deviceFields.x.size(), 64u);
+    EXPECT_EQ(e.store.deviceFields.classification.size(), 64u);
+    EXPECT_EQ(e.store.deviceFields.lastReturn.size(), 64u);
+    EXPECT_EQ(e.store.fields.x.size(), 64u);
 }

@@ -1,6 +1,6 @@
 // Where the per-field growth has rules of its own: through the public call on both layouts,
 // and its two passes called entry by entry on the host backend.
-#include "steps/common/EngineViews.h"
+#include "core/StepContext.h"
 #include "ground/GroundTestSupport.h"
 #include "steps/ground/GrowthKernels.h"
 #include "steps/common/RemapClass.h"
@@ -101,19 +101,19 @@ template <class T> struct FieldPasses {
     }
     template <class F> void run(const F& f)
     {
-        for (int i = 0; i < c().pointCount; ++i)
+        for (int i = 0; i < c().store.count; ++i)
             f(i);
     }
-    void first() { run(vx::k_growGroundIntSoA<T>{vx::soaViews(c()), params()}); }
-    void second() { run(vx::k_growGroundSoA<T>{vx::soaViews(c()), params()}); }
-    void remap() { run(vx::k_remapClassSoA{c().soaPoints(), 250, 2}); }
+    void first() { run(vx::k_growGround<T, vx::Fields>{vx::StepContext<T>(c()).views(vx::Fields{}), params()}); }
+    void second() { run(vx::k_growGroundSoA<T>{vx::StepContext<T>(c()).views(vx::Fields{}), params()}); }
+    void remap() { run(vx::k_remapClass<T, vx::Fields>{c().store.points(vx::Fields{}), 250, 2}); }
     std::vector<int> cls()
     {
-        const int* p = c().deviceSoA.classification.data();
+        const int* p = c().store.deviceFields.classification.data();
         return std::vector<int>(p, p + given);
     }
-    void setCls(int i, int k) { c().deviceSoA.classification.data()[i] = k; }
-    void setLastReturn(int i, int k) { c().deviceSoA.lastReturn.data()[i] = k; }
+    void setCls(int i, int k) { c().store.deviceFields.classification.data()[i] = k; }
+    void setLastReturn(int i, int k) { c().store.deviceFields.lastReturn.data()[i] = k; }
 };
 
 template <class T> void firstPassMarks()
@@ -188,10 +188,10 @@ template <class T> void secondPassEntryRules()
 template <class T> void secondPassRunEndsAtStartPlusCount()
 {
     FieldPasses<T> f({up<T>(0, 0, 0, 2), up<T>(0, 1, T(0.04), 1)}, 1.0);
-    const int groundCell = f.c().deviceSoA.group.data()[0];
-    ASSERT_EQ(f.c().deviceSoA.pointIndex.data()[0], 0);
+    const int groundCell = f.c().grid.deviceFields.group.data()[0];
+    ASSERT_EQ(f.c().grid.deviceFields.pointIndex.data()[0], 0);
     // A stored end that would make the ground cell's run empty is not read.
-    f.c().deviceSoA.end.data()[groundCell] = f.c().deviceSoA.start.data()[groundCell];
+    f.c().grid.deviceFields.end.data()[groundCell] = f.c().grid.deviceFields.start.data()[groundCell];
     f.second();
     EXPECT_EQ(f.cls()[1], 250);
 }
@@ -267,11 +267,11 @@ TEST(GroundGrowthFieldPasses, OnlyTheFieldRemapDropsRejectionMarks)
     vxPointSoA s{};
     s.classification = cls.data();
     for (int i = 0; i < 5; ++i)
-        vx::k_remapClassSoA{vx::SoaPoints{s}, 250, 2}(i);
+        vx::k_remapClass<float, vx::Fields>{vx::SoaPoints{s}, 250, 2}(i);
     EXPECT_EQ(cls, (std::vector<int>{2, 1, 250, 7, 255}));
     std::vector<VX_Point<float>> pts{point<float>(0, 0, 0, 250), point<float>(0, 0, 0, 1001)};
     for (int i = 0; i < 2; ++i)
-        vx::k_remapClass<float>{vx::AosPoints<float>{pts.data()}, 250, 2}(i);
+        vx::k_remapClass<float, vx::Records>{vx::AosPoints<float>{pts.data()}, 250, 2}(i);
     EXPECT_EQ(pts[0].classification, 2);
     EXPECT_EQ(pts[1].classification, 1001);
 }

@@ -110,13 +110,13 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
     correct(v);
     auto& c = v.engine();
     const auto& model = c.stepStates.template get<vx::GroundModelState<T>>();
-    ASSERT_EQ(c.groupCount, 2);
+    ASSERT_EQ(c.grid.groupCount, 2);
     struct Cell {
         double x, y, z, nx, ny, nz;
         bool has;
     };
     auto cell = [&](int g) {
-        if (c.soa) {
+        if (c.store.fieldsLayout) {
             const auto& m = model.groundModelSoA;
             return Cell{m.x.data()[g],  m.y.data()[g],  m.z.data()[g],        m.nx.data()[g],
                         m.ny.data()[g], m.nz.data()[g], m.hasGround.data()[g]};
@@ -139,7 +139,7 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
     EXPECT_EQ(filled.ny, 0.25);
     EXPECT_EQ(filled.nz, 0.875);
     EXPECT_TRUE(filled.has);
-    EXPECT_EQ(c.soa ? model.groundModelSoA.x.size() : model.groundModel.size(), 2u);
+    EXPECT_EQ(c.store.fieldsLayout ? model.groundModelSoA.x.size() : model.groundModel.size(), 2u);
 
     // Another grid: the next call frees the old model and builds one of the new size.
     {
@@ -147,9 +147,9 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
         v.regularGridDecomposition2D(0.25, 0.25);
     }
     correct(v);
-    EXPECT_EQ(c.soa ? model.groundModelSoA.x.size() : model.groundModel.size(),
-              static_cast<std::size_t>(c.groupCount));
-    EXPECT_GT(c.groupCount, 2);
+    EXPECT_EQ(c.store.fieldsLayout ? model.groundModelSoA.x.size() : model.groundModel.size(),
+              static_cast<std::size_t>(c.grid.groupCount));
+    EXPECT_GT(c.grid.groupCount, 2);
 }
 
 template <class T> void tooLittleMemoryAborts(const Setting& s)
@@ -180,7 +180,7 @@ template <class T> void cellsBeyondThePointLaunchAreNotProcessed(const Setting& 
     const Lines lines = correct(v);
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines[1], "Blocks:  " + std::to_string(3 / threads + 1));
-    EXPECT_EQ(v.engine().groupCount, 11);
+    EXPECT_EQ(v.engine().grid.groupCount, 11);
     EXPECT_EQ(classes(v), (std::vector<int>{2, 2, threads == 1 ? 1 : 8}));
 }
 

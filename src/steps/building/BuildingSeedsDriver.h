@@ -1,28 +1,25 @@
 // Driver of the building seed filter; compiled once per backend.
 #pragma once
 
-#include "steps/building/kernels.h"
-#include "core/ClassifierCore.h"
-#include "steps/common/StepDrivers.h"
+#include "core/StepContext.h"
 #include "exec/Launch.h"
 #include "exec/Memory.h"
-#include "steps/common/EngineViews.h"
+#include "steps/building/kernels.h"
+#include "steps/common/StepDrivers.h"
 
 namespace vx::VX_BACKEND_NS {
 
-template <class T> void runBuildingSeeds(ClassifierCore<T>& c)
+template <class T> void runBuildingSeeds(StepContext<T>& c)
 {
-    const LaunchConfig cfg = c.launchConfig(c.pointCount);
+    const LaunchConfig cfg = c.launchConfig(c.pointCount());
     const bool ready = c.requireGrid();
-    const BuildingSeedParams<T> par = buildingSeedParams(c.par, c.slots);
-    const int n = c.pointCount;
-    if (c.soa) {
-        mem::profilerStart(c.backend());
-        if (ready)
-            launch(cfg, n, k_initialBuildingFilterSoA<T>{soaViews(c), par});
-    } else if (ready) {
-        launch(cfg, n, k_initialBuildingFilter<T>{aosViews(c), par});
-    }
+    const BuildingSeedParams<T> par = buildingSeedParams(c.par(), c.slots());
+    const int n = c.pointCount();
+    mem::profilerStart(c.backend());
+    if (ready)
+        c.visit([&](auto layout) {
+            launch(cfg, n, k_initialBuildingFilter<T, decltype(layout)>{c.views(layout), par});
+        });
     // Announced while the launch may still be running; the wait follows.
     c.msg(2, "ORDER", par.sourceClass);
     c.checkDeviceError();

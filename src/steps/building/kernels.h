@@ -112,10 +112,8 @@ struct InitialBuildingFilter : NeighbourhoodKernel<T, Points, Index, Groups> {
             this->pts.setCls(p, cls);
     }
 };
-template <class T>
-using k_initialBuildingFilter = InitialBuildingFilter<T, AosPoints<T>, AosIndex, AosGroups, true>;
-template <class T>
-using k_initialBuildingFilterSoA = InitialBuildingFilter<T, SoaPoints, SoaIndex, SoaGroups, false>;
+template <class T, class L>
+using k_initialBuildingFilter = InitialBuildingFilter<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>, !L::fields>;
 
 /// The settings of the three growth passes, read once by the driver.
 template <class T> struct BuildingGrowthParams {
@@ -195,8 +193,7 @@ struct UpdateBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
             this->pts.setCls(p, par.markClass);
     }
 };
-template <class T> using k_updateBuilding = UpdateBuilding<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_updateBuildingSoA = UpdateBuilding<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_updateBuilding = OnLayout<UpdateBuilding, T, L>;
 
 /// Completion: a point joins when a building point stands within the plan radius, the point is
 /// below it or less than the height limit above it, no ground is close in plan and the ghost
@@ -244,8 +241,7 @@ struct CompleteBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
             this->pts.setCls(p, par.markClass);
     }
 };
-template <class T> using k_completeBuilding = CompleteBuilding<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_completeBuildingSoA = CompleteBuilding<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_completeBuilding = OnLayout<CompleteBuilding, T, L>;
 
 /// Closing: a point joins when it lies near the tangent plane of its nearest building point in
 /// plan, or when a building point stands less than the details height below it, provided no
@@ -287,7 +283,6 @@ struct CloseBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
             this->pts.setCls(p, par.markClass);
     }
 };
-template <class T> using k_closeBuilding = CloseBuilding<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_closeBuildingSoA = CloseBuilding<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_closeBuilding = OnLayout<CloseBuilding, T, L>;
 
 } // namespace vx

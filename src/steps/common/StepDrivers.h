@@ -1,15 +1,17 @@
-// Backend entry points of every processing step. Each driver picks its array-of-structures or
-// structure-of-arrays form by the engine's layout flag.
+// Backend entry points of every processing step. Each driver takes a step context and runs in
+// the layout the context visits.
 #pragma once
 
-template <class T> class ClassifierCore;
+namespace vx {
+template <class T> class StepContext;
+}
 
 #define VX_DECLARE_STEP(name)                                                                                          \
     namespace vx::host {                                                                                               \
-    template <class T> void name(ClassifierCore<T>& c);                                                                \
+    template <class T> void name(vx::StepContext<T>& c);                                                                \
     }                                                                                                                  \
     namespace vx::cuda {                                                                                               \
-    template <class T> void name(ClassifierCore<T>& c);                                                                \
+    template <class T> void name(vx::StepContext<T>& c);                                                                \
     }
 
 VX_DECLARE_STEP(runNormals)
@@ -27,5 +29,5 @@ VX_DECLARE_STEP(runVegetation)
 
 /// Explicit instantiations of a driver for both precisions, in the backend of this unit.
 #define VX_INSTANTIATE_STEP(name)                                                                                      \
-    template void vx::VX_BACKEND_NS::name<float>(ClassifierCore<float>&);                                              \
-    template void vx::VX_BACKEND_NS::name<double>(ClassifierCore<double>&);
+    template void vx::VX_BACKEND_NS::name<float>(vx::StepContext<float>&);                                              \
+    template void vx::VX_BACKEND_NS::name<double>(vx::StepContext<double>&);

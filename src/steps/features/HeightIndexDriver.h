@@ -1,9 +1,9 @@
 // Driver of the height index; compiled once per backend.
 #pragma once
 
-#include "core/ClassifierCore.h"
-#include "steps/common/StepDrivers.h"
+#include "core/StepContext.h"
 #include "exec/Launch.h"
+#include "steps/common/StepDrivers.h"
 #include "steps/features/kernels.h"
 
 namespace vx::VX_BACKEND_NS {
@@ -11,21 +11,16 @@ namespace vx::VX_BACKEND_NS {
 /// Cells larger than this many points are sampled when their height span is taken.
 constexpr int kHeightIndexSampling = 1000;
 
-template <class T> void runHeightIndex(ClassifierCore<T>& c)
+template <class T> void runHeightIndex(StepContext<T>& c)
 {
-    const LaunchConfig cfg = c.launchConfig(c.pointCount);
-    if (c.requireGrid()) {
-        if (c.soa)
-            launch(cfg, c.pointCount,
-                   k_calculateHeightIndexSoA<T>{c.soaPoints(), c.soaIndex(), c.soaGroups(), c.allowed(),
-                                                c.pointCount, c.gridParameters, c.slots.ReferenceClass,
-                                                kHeightIndexSampling});
-        else
-            launch(cfg, c.pointCount,
-                   k_calculateHeightIndex<T>{c.aosPoints(), c.aosIndex(), c.aosGroups(), c.allowed(),
-                                             c.pointCount, c.gridParameters, c.slots.ReferenceClass,
-                                             kHeightIndexSampling});
-    }
+    const LaunchConfig cfg = c.launchConfig(c.pointCount());
+    if (c.requireGrid())
+        c.visit([&](auto layout) {
+            launch(cfg, c.pointCount(),
+                   k_calculateHeightIndex<T, decltype(layout)>{
+                       c.points(layout), c.index(layout), c.groups(layout), c.allowed(), c.pointCount(),
+                       c.gridParameters(), c.slots().ReferenceClass, kHeightIndexSampling});
+        });
     c.checkDeviceError();
 }
 

@@ -4,6 +4,7 @@
 
 #include "exec/Buffer.h"
 #include "exec/Hd.h"
+#include "store/Layout.h"
 
 #include <cstddef>
 #include <type_traits>
@@ -52,23 +53,20 @@ template <class T> struct MeanBuffers {
     Buffer<VX_mean<T>> records;
     Buffer<float> x, y, z;
 
-    void allocate(Backend backend, bool soa, std::size_t count)
+    void allocate(Fields, Backend backend, std::size_t count)
     {
-        if (soa) {
-            x.allocate(backend, count);
-            y.allocate(backend, count);
-            z.allocate(backend, count);
-        } else {
-            records.allocate(backend, count);
-        }
+        x.allocate(backend, count);
+        y.allocate(backend, count);
+        z.allocate(backend, count);
     }
+    void allocate(Records, Backend backend, std::size_t count) { records.allocate(backend, count); }
     void reset()
     {
         records.reset();
         x.reset(), y.reset(), z.reset();
     }
-    AosMeans<T> aos() const { return {records.data()}; }
-    SoaMeans soa() const { return {x.data(), y.data(), z.data()}; }
+    AosMeans<T> view(Records) const { return {records.data()}; }
+    SoaMeans view(Fields) const { return {x.data(), y.data(), z.data()}; }
 };
 
 } // namespace vx

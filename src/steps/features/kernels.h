@@ -8,6 +8,7 @@
 #include "grid/GridTypes.h"
 #include "grid/Layouts.h"
 #include "grid/Neighbourhood.h"
+#include "grid/PointKernel.h"
 
 namespace vx {
 
@@ -129,14 +130,12 @@ template <class T, class Points, class Index, class Groups, class Means> struct 
     }
 };
 
-template <class T> using k_NVPCASVD_calculateMean =
-    NormalMean<T, AosPoints<T>, AosIndex, AosGroups, AosMeans<T>>;
-template <class T> using k_NVPCASVD_calculateMeanSoA =
-    NormalMean<T, SoaPoints, SoaIndex, SoaGroups, SoaMeans>;
-template <class T> using K_NVPCASVD_calculateNormals =
-    NormalVector<T, AosPoints<T>, AosIndex, AosGroups, AosMeans<T>>;
-template <class T> using K_NVPCASVD_calculateNormalsSoA =
-    NormalVector<T, SoaPoints, SoaIndex, SoaGroups, SoaMeans>;
+/// The mean array of a layout.
+template <class T, class L> using MeansOf = std::conditional_t<L::fields, SoaMeans, AosMeans<T>>;
+template <class T, class L>
+using k_NVPCASVD_calculateMean = NormalMean<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>, MeansOf<T, L>>;
+template <class T, class L>
+using K_NVPCASVD_calculateNormals = NormalVector<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>, MeansOf<T, L>>;
 
 /// Marks points that are not admitted, or whose cell has no height span.
 constexpr float kNoHeightIndex = 1.01f;
@@ -183,7 +182,6 @@ template <class T, class Points, class Index, class Groups> struct HeightIndex {
     }
 };
 
-template <class T> using k_calculateHeightIndex = HeightIndex<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_calculateHeightIndexSoA = HeightIndex<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_calculateHeightIndex = OnLayout<HeightIndex, T, L>;
 
 } // namespace vx

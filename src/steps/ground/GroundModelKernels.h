@@ -51,6 +51,10 @@ struct SoaGroundModel {
 static_assert(std::is_trivially_copyable_v<AosGroundModel<float>>);
 static_assert(std::is_trivially_copyable_v<SoaGroundModel>);
 
+/// The model view of a layout.
+template <class T, class L>
+using GroundModelOf = std::conditional_t<L::fields, SoaGroundModel, AosGroundModel<T>>;
+
 /// Per cell: the mean position and mean normal of the cell's ground points.
 template <class T, class Points, class Index, class Groups, class Model> struct GatherGroundInfo {
     Points pts;
@@ -84,10 +88,8 @@ template <class T, class Points, class Index, class Groups, class Model> struct 
         model.set(c, sum[0] / k, sum[1] / k, sum[2] / k, sum[3] / k, sum[4] / k, sum[5] / k, true);
     }
 };
-template <class T>
-using k_gatherGroundInfo = GatherGroundInfo<T, AosPoints<T>, AosIndex, AosGroups, AosGroundModel<T>>;
-template <class T>
-using k_gatherGroundInfoSoA = GatherGroundInfo<T, SoaPoints, SoaIndex, SoaGroups, SoaGroundModel>;
+template <class T, class L>
+using k_gatherGroundInfo = GatherGroundInfo<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>, GroundModelOf<T, L>>;
 
 /// Per cell without ground: the mean height and normal of the planar neighbour cells that have
 /// ground, placed at the cell's lower corner. Neighbours completed in the same pass may or may
@@ -118,8 +120,7 @@ template <class T, class Model> struct GroundInfoSpread {
                   ny / k, nz / k, true);
     }
 };
-template <class T> using k_groundInfoSpread = GroundInfoSpread<T, AosGroundModel<T>>;
-template <class T> using k_groundInfoSpreadSoA = GroundInfoSpread<T, SoaGroundModel>;
+template <class T, class L> using k_groundInfoSpread = GroundInfoSpread<T, GroundModelOf<T, L>>;
 
 /// A candidate keeps its class only when it lies more than range below (against the normal) the
 /// tangent plane of every ground point of its own cell and the plane of its cell's model; every
@@ -171,10 +172,8 @@ template <class T, class Points, class Index, class Groups, class Model> struct 
             pts.setCls(p, replacementClass);
     }
 };
-template <class T>
-using k_filterLowPoints = FilterLowPoints<T, AosPoints<T>, AosIndex, AosGroups, AosGroundModel<T>>;
-template <class T>
-using k_filterLowPointsSoA = FilterLowPoints<T, SoaPoints, SoaIndex, SoaGroups, SoaGroundModel>;
+template <class T, class L>
+using k_filterLowPoints = FilterLowPoints<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>, GroundModelOf<T, L>>;
 
 /// Predicates of the count of cells without ground: all three normal components exactly 0 (the
 /// flag is not looked at, so a cell whose ground points all have zero normals counts too).

@@ -171,10 +171,10 @@ struct GrowGround : NeighbourhoodKernel<T, Points, Index, Groups> {
             this->pts.setCls(p, cls + 1000);
     }
 };
-template <class T>
-using k_growGround = GrowGround<T, AosPoints<T>, AosIndex, AosGroups, FirstPassRules::Records>;
-template <class T>
-using k_growGroundIntSoA = GrowGround<T, SoaPoints, SoaIndex, SoaGroups, FirstPassRules::Fields>;
+/// The first growth pass of layout L: the record rules, or the per-field ones (k_growGroundIntSoA).
+template <class T, class L>
+using k_growGround = GrowGround<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>,
+                                L::fields ? FirstPassRules::Fields : FirstPassRules::Records>;
 
 /// Cell runs whose end is taken as start + count rather than read, as the second per-field pass
 /// has always done.
@@ -225,5 +225,17 @@ struct GrowGroundFromSurroundingCells : NeighbourhoodKernel<T, Points, Index, Gr
     }
 };
 template <class T> using k_growGroundSoA = GrowGroundFromSurroundingCells<T, SoaPoints, SoaIndex, SoaGroups>;
+
+/// The passes of one growth iteration in layout L: the first pass, then in the per-field layout
+/// the pass over the surrounding cells (k_growGroundSoA) for the points the first left unchanged.
+template <class T, class L> struct GrowthPasses {
+    template <class Context, class Run>
+    static void run(const Context& c, L layout, const GrowthParams<T>& par, Run&& pass)
+    {
+        pass(k_growGround<T, L>{c.views(layout), par});
+        if constexpr (L::fields)
+            pass(k_growGroundSoA<T>{c.views(layout), par});
+    }
+};
 
 } // namespace vx

@@ -1,10 +1,9 @@
 // Driver of the class reset; compiled once per backend.
 #pragma once
 
-#include "core/ClassifierCore.h"
-#include "steps/common/StepDrivers.h"
+#include "core/StepContext.h"
 #include "exec/Launch.h"
-#include "steps/common/EngineViews.h"
+#include "steps/common/StepDrivers.h"
 #include "steps/ground/kernels.h"
 
 #include <cstdint>
@@ -23,20 +22,17 @@ inline void printResetLine(double range, int optionalClass)
     std::cout << "Range: " << low << ", Class: " << optionalClass << std::flush;
 }
 
-template <class T> void runResetClasses(ClassifierCore<T>& c)
+template <class T> void runResetClasses(StepContext<T>& c)
 {
-    printResetLine(static_cast<double>(c.par.ResetOptionalRange), c.par.ResetOptionalClass);
-    const LaunchConfig cfg = c.launchConfig(c.pointCount);
-    if (c.requireGrid()) {
-        if (c.soa)
-            launch(cfg, c.pointCount,
-                   k_resetClassesSoA<T>{soaViews(c), c.slots.TargetClass, c.par.ResetOptionalRange,
-                                        c.par.ResetOptionalClass});
-        else
-            launch(cfg, c.pointCount,
-                   k_resetClasses<T>{aosViews(c), c.slots.TargetClass, c.par.ResetOptionalRange,
-                                     c.par.ResetOptionalClass});
-    }
+    printResetLine(static_cast<double>(c.par().ResetOptionalRange), c.par().ResetOptionalClass);
+    const LaunchConfig cfg = c.launchConfig(c.pointCount());
+    if (c.requireGrid())
+        c.visit([&](auto layout) {
+            launch(cfg, c.pointCount(),
+                   k_resetClasses<T, decltype(layout)>{c.views(layout), c.slots().TargetClass,
+                                                       c.par().ResetOptionalRange,
+                                                       c.par().ResetOptionalClass});
+        });
     c.checkDeviceError();
     c.msg(2, "Classes Reset done!");
 }

@@ -36,8 +36,7 @@ struct ResetClasses : NeighbourhoodKernel<T, Points, Index, Groups> {
             this->pts.setCls(p, newClass);
     }
 };
-template <class T> using k_resetClasses = ResetClasses<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_resetClassesSoA = ResetClasses<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_resetClasses = OnLayout<ResetClasses, T, L>;
 
 /// Gives lowClass to admitted points whose normal is exactly the zero vector: the normal step
 /// found no usable neighbourhood for them, so they are taken for isolated noise below the
@@ -55,8 +54,7 @@ struct FindLowPoints : NeighbourhoodKernel<T, Points, Index, Groups> {
             this->pts.setCls(p, lowClass);
     }
 };
-template <class T> using k_findLowPoints = FindLowPoints<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_findLowPointsSoA = FindLowPoints<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_findLowPoints = OnLayout<FindLowPoints, T, L>;
 
 /// Gives groundClass to admitted last returns whose height index is at most maxHindeks; a height
 /// index that is not a number never makes a seed.
@@ -78,7 +76,6 @@ struct FindGroundSeeds : NeighbourhoodKernel<T, Points, Index, Groups> {
         this->pts.setCls(p, groundClass);
     }
 };
-template <class T> using k_findGroundSeeds = FindGroundSeeds<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_findGroundSeedsSoA = FindGroundSeeds<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_findGroundSeeds = OnLayout<FindGroundSeeds, T, L>;
 
 } // namespace vx

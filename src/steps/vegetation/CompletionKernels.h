@@ -74,8 +74,7 @@ struct CompletePlants : NeighbourhoodKernel<T, Points, Index, Groups> {
             this->pts.setCls(self, p.lowVegetationClass);
     }
 };
-template <class T> using k_completePlants = CompletePlants<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_completePlantsSoA = CompletePlants<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_completePlants = OnLayout<CompletePlants, T, L>;
 
 /// The nearest point of one class seen so far. A strictly smaller squared distance replaces it,
 /// so of two equally near points the first in traversal order is kept.
@@ -155,9 +154,7 @@ struct CompletePlantsPhase2 : NeighbourhoodKernel<T, Points, Index, Groups> {
             this->pts.setCls(self, p.groundClass);
     }
 };
-template <class T>
-using k_completePlantsPhase2 = CompletePlantsPhase2<T, AosPoints<T>, AosIndex, AosGroups, false>;
-template <class T>
-using k_completePlantsPhase2SoA = CompletePlantsPhase2<T, SoaPoints, SoaIndex, SoaGroups, true>;
+template <class T, class L>
+using k_completePlantsPhase2 = CompletePlantsPhase2<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>, L::fields>;
 
 } // namespace vx

@@ -76,8 +76,7 @@ struct FilterPlants : NeighbourhoodKernel<T, Points, Index, Groups> {
             this->pts.setCls(self, vegetationTier(h, p));
     }
 };
-template <class T> using k_filterPlants = FilterPlants<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_filterPlantsSoA = FilterPlants<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_filterPlants = OnLayout<FilterPlants, T, L>;
 
 /// k_iteratePlants: a point of the initial class beside vegetation, in a neighbourhood with
 /// enough chaos and non-last returns, takes the tier of its height. Every neighbour in range
@@ -119,8 +118,7 @@ struct IteratePlants : NeighbourhoodKernel<T, Points, Index, Groups> {
         this->pts.setCls(self, vegetationTier(h, p));
     }
 };
-template <class T> using k_iteratePlants = IteratePlants<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_iteratePlantsSoA = IteratePlants<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_iteratePlants = OnLayout<IteratePlants, T, L>;
 
 /// k_IteratePlantsSecond: a non-last-return point that is not mostly a plane source takes the
 /// tier of its height when plant neighbours vote for it or it still has the initial class. A
@@ -164,7 +162,6 @@ struct IteratePlantsSecond : NeighbourhoodKernel<T, Points, Index, Groups> {
         this->pts.setCls(self, vegetationTier(h, p));
     }
 };
-template <class T> using k_IteratePlantsSecond = IteratePlantsSecond<T, AosPoints<T>, AosIndex, AosGroups>;
-template <class T> using k_IteratePlantsSecondSoA = IteratePlantsSecond<T, SoaPoints, SoaIndex, SoaGroups>;
+template <class T, class L> using k_IteratePlantsSecond = OnLayout<IteratePlantsSecond, T, L>;
 
 } // namespace vx

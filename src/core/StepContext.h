@@ -1,0 +1,55 @@
+// What a processing step may touch: the cloud's store and grid state of the layout in use, the
+// parameters and class slots, the message sink, launching and the step's own kept state. Drivers
+// take a context, never the engine, so the engine knows no step.
+#pragma once
+
+#include "core/ClassifierCore.h"
+#include "grid/PointKernel.h"
+
+namespace vx {
+
+template <class T> class StepContext {
+public:
+    explicit StepContext(ClassifierCore<T>& engine) : msg(engine.msg), e(engine) {}
+
+    /// The engine's message sink, with its threshold.
+    const Messenger& msg;
+
+    const Parameters<T>& par() const { return e.par; }
+    const ClassSlots& slots() const { return e.slots; }
+
+    /// Points on the backend and cells of the grid.
+    int pointCount() const { return e.store.count; }
+    int groupCount() const { return e.grid.groupCount; }
+    const VX_DecompositionGridParameters<T>& gridParameters() const { return e.grid.parameters; }
+    AllowedClasses allowed() const { return e.allowed(); }
+
+    /// Calls f with the layout in use (Records{} or Fields{}).
+    template <class F> decltype(auto) visit(F&& f) const { return e.store.visit(std::forward<F>(f)); }
+    template <class L> auto points(L layout) const { return e.store.points(layout); }
+    template <class L> auto index(L layout) const { return e.grid.index(layout); }
+    template <class L> auto groups(L layout) const { return e.grid.groups(layout); }
+    /// The views of a per-point neighbourhood kernel in layout L.
+    template <class L> NeighbourhoodKernel<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>> views(L layout) const
+    {
+        return {points(layout), index(layout), groups(layout), allowed(), gridParameters(), pointCount()};
+    }
+
+    Backend backend() const { return e.backend(); }
+    LaunchConfig launchConfig(int n) const { return e.launchConfig(n); }
+    int checkDeviceError() const { return e.checkDeviceError(); }
+    void memoryInfo(std::size_t& freeBytes, std::size_t& totalBytes) const
+    {
+        e.memoryInfo(freeBytes, totalBytes);
+    }
+    /// True when the grid of the layout in use is ready; otherwise says so (see the engine).
+    bool requireGrid() const { return e.requireGrid(); }
+
+    /// State the step keeps on this engine between its calls.
+    template <class S> S& state() const { return e.stepStates.template get<S>(); }
+
+private:
+    ClassifierCore<T>& e;
+};
+
+} // namespace vx
