@@ -1,28 +1,15 @@
-// What the benchmarks share: a small seeded random generator, the rolling terrain and the box
-// roof lattice of their generated ALS-like scenes, and a stopwatch.
+// What the benchmarks share besides the scenes' seeded generator (scene/Random.h, the tests'
+// one): the rolling terrain and the box roof lattice of their generated ALS-like scenes, and a
+// stopwatch.
 #pragma once
+
+#include "scene/Random.h"
 
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 
 namespace vxbench {
-
-/// SplitMix64: the next value of the sequence seeded by s.
-inline uint64_t next(uint64_t& s)
-{
-    s += 0x9e3779b97f4a7c15ull;
-    uint64_t z = s;
-    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ull;
-    z = (z ^ (z >> 27)) * 0x94d049bb133111ebull;
-    return z ^ (z >> 31);
-}
-
-/// Uniform in [0, 1) with 53 random bits.
-inline double uniform(uint64_t& s)
-{
-    return (next(s) >> 11) * (1.0 / 9007199254740992.0);
-}
 
 /// Side of the square that holds n points at about 10 points per square metre.
 inline double sceneSide(int n)

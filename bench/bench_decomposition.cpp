@@ -16,21 +16,20 @@
 
 namespace {
 
-using vxbench::next;
-using vxbench::uniform;
-
 /// About 10 points per square metre: rolling terrain, box roofs, tree crowns.
 std::vector<VX_Point<float>> scene(int n)
 {
     const double side = vxbench::sceneSide(n);
     std::vector<VX_Point<float>> pts(n);
-    uint64_t s = 12345;
+    vx::scene::SequenceRandom s(12345);
     for (int i = 0; i < n; ++i) {
-        const double x = uniform(s) * side, y = uniform(s) * side;
+        const double x = s.uniform() * side, y = s.uniform() * side;
         double z = vxbench::rollingTerrain(x, y);
-        const double kind = uniform(s);
-        if (vxbench::underBoxRoof(x, y)) z += 8.0;                                    // roofs
-        else if (kind < 0.2) z += 2.0 + 12.0 * uniform(s);                          // vegetation
+        const double kind = s.uniform();
+        if (vxbench::underBoxRoof(x, y))
+            z += 8.0; // roofs
+        else if (kind < 0.2)
+            z += 2.0 + 12.0 * s.uniform(); // vegetation
         pts[i] = {float(x - side / 2), float(y - side / 2), float(z), 0, 0, 0, 0.f, 1, kind < 0.1 ? 0 : 1};
     }
     return pts;
@@ -48,8 +47,10 @@ long peakRssMb()
 int main(int argc, char** argv)
 {
     std::vector<int> sizes;
-    for (int i = 1; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
-    if (sizes.empty()) sizes = {1000000, 10000000};
+    for (int i = 1; i < argc; ++i)
+        sizes.push_back(std::atoi(argv[i]));
+    if (sizes.empty())
+        sizes = {1000000, 10000000};
     for (int n : sizes) {
         for (bool soa : {false, true}) {
             auto pts = scene(n);

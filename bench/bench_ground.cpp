@@ -19,17 +19,14 @@
 
 namespace {
 
-using vxbench::next;
-using vxbench::uniform;
-
 template <class T> std::vector<VX_Point<T>> scene(int n, int& groundTruth)
 {
     const double side = vxbench::sceneSide(n);
     std::vector<VX_Point<T>> pts(n);
-    uint64_t s = 4242;
+    vx::scene::SequenceRandom s(4242);
     groundTruth = 0;
     for (int i = 0; i < n; ++i) {
-        const double x = uniform(s) * side, y = uniform(s) * side;
+        const double x = s.uniform() * side, y = s.uniform() * side;
         double z = vxbench::rollingTerrain(x, y);
         // Terrain normal from the gradient of z.
         double nx = -(5.0 / 40.0) * std::cos(x / 40.0), ny = (3.0 / 25.0) * std::sin(y / 25.0), nz = 1.0;
@@ -40,9 +37,9 @@ template <class T> std::vector<VX_Point<T>> scene(int n, int& groundTruth)
         if (roof) {
             z += 8.0;
             nx = 0, ny = 0, nz = 1;
-        } else if (uniform(s) < 0.2) {
-            z += 1.0 + 12.0 * uniform(s);
-            nx = uniform(s) - 0.5, ny = uniform(s) - 0.5, nz = uniform(s) - 0.5;
+        } else if (s.uniform() < 0.2) {
+            z += 1.0 + 12.0 * s.uniform();
+            nx = s.uniform() - 0.5, ny = s.uniform() - 0.5, nz = s.uniform() - 0.5;
         } else {
             ++groundTruth;
             if (std::fmod(x, 15.0) < 0.5 && std::fmod(y, 15.0) < 0.5)

@@ -19,10 +19,10 @@
 
 namespace {
 
-using vxbench::next;
-using vxbench::uniform;
-
-double terrain(double x, double y) { return 200.0 + 5.0 * std::sin(x / 40.0) + 3.0 * std::cos(y / 25.0); }
+double terrain(double x, double y)
+{
+    return 200.0 + 5.0 * std::sin(x / 40.0) + 3.0 * std::cos(y / 25.0);
+}
 
 /// Height of a gabled roof over (x, y), or a negative value outside every building. Buildings
 /// stand on a 60 m lattice, 20 m by 15 m, ridge along x.
@@ -38,12 +38,12 @@ double roof(double x, double y)
 bool crown(double x, double y, double& top, double& radius, double& dist)
 {
     const double cx = std::floor(x / 12.0) * 12.0 + 6.0, cy = std::floor(y / 12.0) * 12.0 + 6.0;
-    uint64_t s = static_cast<uint64_t>(cx * 7919.0 + cy * 104729.0);
-    const double tx = cx + (uniform(s) - 0.5) * 4.0, ty = cy + (uniform(s) - 0.5) * 4.0;
-    if (uniform(s) < 0.5 || roof(tx, ty) >= 0.0)
+    vx::scene::SequenceRandom s(static_cast<uint64_t>(cx * 7919.0 + cy * 104729.0));
+    const double tx = cx + (s.uniform() - 0.5) * 4.0, ty = cy + (s.uniform() - 0.5) * 4.0;
+    if (s.uniform() < 0.5 || roof(tx, ty) >= 0.0)
         return false;
-    radius = 2.5 + 2.5 * uniform(s);
-    top = terrain(tx, ty) + 8.0 + 8.0 * uniform(s);
+    radius = 2.5 + 2.5 * s.uniform();
+    top = terrain(tx, ty) + 8.0 + 8.0 * s.uniform();
     dist = std::hypot(x - tx, y - ty);
     return dist < radius;
 }
@@ -56,18 +56,18 @@ std::vector<VX_Point<float>> scene(int n)
     const int perRow = static_cast<int>(std::sqrt(double(n)));
     std::vector<VX_Point<float>> pts;
     pts.reserve(n);
-    uint64_t s = 2024;
+    vx::scene::SequenceRandom s(2024);
     for (int i = 0; i < n; ++i) {
         const int row = i / perRow, col = i % perRow;
-        const double x = (col + 0.6 * (uniform(s) - 0.5)) * spacing,
-                     y = (row + 0.6 * (uniform(s) - 0.5)) * spacing;
+        const double x = (col + 0.6 * (s.uniform() - 0.5)) * spacing,
+                     y = (row + 0.6 * (s.uniform() - 0.5)) * spacing;
         double z = terrain(x, y);
         const double r = roof(x, y);
         double top = 0, radius = 0, dist = 0;
         if (r >= 0.0)
             z = r;
-        else if (crown(x, y, top, radius, dist) && uniform(s) < 0.7)
-            z = top - (radius - std::sqrt(radius * radius - dist * dist)) - 3.0 * uniform(s);
+        else if (crown(x, y, top, radius, dist) && s.uniform() < 0.7)
+            z = top - (radius - std::sqrt(radius * radius - dist * dist)) - 3.0 * s.uniform();
         VX_Point<float> p{};
         p.x = float(x), p.y = float(y), p.z = float(z);
         p.classification = 1;
@@ -126,9 +126,9 @@ int main(int argc, char** argv)
     const int n = argc > 1 ? std::atoi(argv[1]) : 1000000;
     auto cloud = scene(n);
     if (argc > 2) {
-        uint64_t s = 99;
+        vx::scene::SequenceRandom s(99);
         for (std::size_t i = cloud.size(); i > 1; --i)
-            std::swap(cloud[i - 1], cloud[next(s) % i]);
+            std::swap(cloud[i - 1], cloud[s.next() % i]);
         std::printf("input order shuffled\n");
     }
     bench<float>(cloud, true); // the default layout and precision

@@ -2,7 +2,6 @@
 #include "core/ClassifierCore.h"
 #include "core/DecompositionDrivers.h"
 
-#include <chrono>
 #include <cmath>
 #include <string>
 
@@ -10,8 +9,10 @@ using namespace vx;
 
 template <class T> bool ClassifierCore<T>::decompose(double sx, double sy, double sz)
 {
-    if (!dataLoaded) return false;
-    if (!(sx > 0.0) || !(sy > 0.0) || !(sz >= 0.0) || !std::isfinite(sx) || !std::isfinite(sy) || !std::isfinite(sz)) {
+    if (!dataLoaded)
+        return false;
+    if (!(sx > 0.0) || !(sy > 0.0) || !(sz >= 0.0) || !std::isfinite(sx) || !std::isfinite(sy) ||
+        !std::isfinite(sz)) {
         msg(0, "ERROR! Cell edges must be positive and finite; decomposition not done. Edges:",
             std::to_string(sx) + " " + std::to_string(sy) + " " + std::to_string(sz));
         return false;
@@ -21,13 +22,14 @@ template <class T> bool ClassifierCore<T>::decompose(double sx, double sy, doubl
     msg(0, "Standard decomposition");
     uploadPoints();
     msg(0, "Standard");
-    if (store.fieldsLayout) msg(0, "SoA");
+    if (store.fieldsLayout)
+        msg(0, "SoA");
 
-    const auto start = std::chrono::steady_clock::now();
+    const long long start = systemTicks();
     run([&](auto& c) { vx::host::decomposeCore(c, sx, sy, sz); },
         [&](auto& c) { vx::cuda::decomposeCore(c, sx, sy, sz); });
     checkDeviceError();
-    const float ms = std::chrono::duration<float, std::milli>(std::chrono::steady_clock::now() - start).count();
+    const float ms = (systemTicks() - start) / 10000.0f;
     printTiming(ms / 1000.0f, ms);
     return true;
 }
@@ -35,7 +37,8 @@ template <class T> bool ClassifierCore<T>::decompose(double sx, double sy, doubl
 template <class T> bool ClassifierCore<T>::requireGrid()
 {
     const bool ready = store.onDevice() && store.visit([&](auto layout) { return grid.ready(layout); });
-    if (ready || store.count == 0) return ready;
+    if (ready || store.count == 0)
+        return ready;
     msg(0, "ERROR! No grid decomposition for the current layout; run a decomposition first");
     return false;
 }

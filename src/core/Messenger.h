@@ -14,7 +14,8 @@ public:
 
     template <class V> void operator()(int level, const std::string& text, const V& value) const
     {
-        if (level <= threshold) write(text, value);
+        if (level <= threshold)
+            write(text, value);
     }
     void operator()(int level, const std::string& text) const { (*this)(level, text, std::string()); }
 
@@ -40,7 +41,10 @@ template <class S, class M> void printTiming(const S& seconds, const M& millisec
     std::cout << "Time: " << milliseconds << " ms\n" << std::flush;
 }
 
-/// Ticks of 100 nanoseconds of the system clock.
+/// Ticks of 100 nanoseconds of the clock in use: the system clock unless a tick source is set.
 long long systemTicks();
+/// Makes systemTicks read source instead of the system clock (nullptr: the system clock again),
+/// so tests know the timing lines in advance.
+void setTickSource(long long (*source)());
 
 } // namespace vx

@@ -15,7 +15,9 @@
 #pragma once
 
 #include "common/TestSupport.h"
-#include "common/SeededRandom.h"
+#include "scene/Objects.h"
+#include "scene/Random.h"
+#include "scene/Terrain.h"
 
 #include <cmath>
 #include <cstdint>
@@ -23,39 +25,11 @@
 
 namespace bldtest {
 
-using TownRng = vxtest::SeededRandom;
-
-enum class Roof { Flat, Gabled, Hipped };
-
-struct House {
-    double cx, cy, ux, uy; ///< footprint centre and unit long axis
-    double halfLength, halfWidth, baseZ, eave, rise;
-    Roof roof;
-
-    void local(double x, double y, double& s, double& t) const
-    {
-        s = (x - cx) * ux + (y - cy) * uy;
-        t = -(x - cx) * uy + (y - cy) * ux;
-    }
-    bool contains(double x, double y) const
-    {
-        double s, t;
-        local(x, y, s, t);
-        return std::fabs(s) <= halfLength && std::fabs(t) <= halfWidth;
-    }
-    double roofZ(double x, double y) const
-    {
-        double s, t;
-        local(x, y, s, t);
-        const double across = halfWidth - std::fabs(t), along = halfLength - std::fabs(s);
-        const double top = baseZ + eave;
-        if (roof == Roof::Flat)
-            return top;
-        if (roof == Roof::Gabled)
-            return top + rise * across / halfWidth;
-        return top + rise * std::fmin(across, along) / halfWidth;
-    }
-};
+using TownRng = vx::scene::SequenceRandom;
+/// The houses are the demo scene's buildings: an oriented footprint with a flat, gabled or
+/// hipped roof.
+using House = vx::scene::Building;
+using Roof = vx::scene::RoofShape;
 
 struct Tree {
     double cx, cy, groundZ, base, top, radius;
@@ -81,12 +55,12 @@ struct Town {
 
 inline double townTerrain(double x, double y)
 {
-    return 0.05 * x + 0.6 * std::sin(x / 11.0) * std::cos(y / 13.0);
+    return vx::scene::rollingSlope(x, y, 0.05, 0.6, 11.0, 13.0);
 }
 
 inline Town generateTown(uint64_t seed = 20240917)
 {
-    TownRng r{seed};
+    TownRng r(seed);
     Town town;
     const double side = 90.0;
     const Roof shapes[8] = {Roof::Flat,   Roof::Gabled, Roof::Hipped, Roof::Flat,
@@ -95,12 +69,12 @@ inline Town generateTown(uint64_t seed = 20240917)
         if (slot == 4)
             continue; // the park
         House h;
-        h.cx = 15 + 30 * (slot % 3) + r.in(-2, 2), h.cy = 15 + 30 * (slot / 3) + r.in(-2, 2);
-        const double angle = r.in(0, 3.14159265358979);
+        h.cx = 15 + 30 * (slot % 3) + r.uniform(-2, 2), h.cy = 15 + 30 * (slot / 3) + r.uniform(-2, 2);
+        const double angle = r.uniform(0, 3.14159265358979);
         h.ux = std::cos(angle), h.uy = std::sin(angle);
-        h.halfLength = r.in(4, 8), h.halfWidth = r.in(3, std::fmin(6.0, h.halfLength));
+        h.halfLength = r.uniform(4, 8), h.halfWidth = r.uniform(3, std::fmin(6.0, h.halfLength));
         h.roof = shapes[k++];
-        h.eave = r.in(3, 8), h.rise = h.roof == Roof::Flat ? 0.0 : r.in(1.5, 3.5);
+        h.eave = r.uniform(3, 8), h.rise = h.roof == Roof::Flat ? 0.0 : r.uniform(1.5, 3.5);
         h.baseZ = 1e9;
         for (int c = 0; c < 4; ++c) {
             const double s = (c & 1 ? 1 : -1) * h.halfLength, t = (c & 2 ? 1 : -1) * h.halfWidth;
@@ -111,33 +85,33 @@ inline Town generateTown(uint64_t seed = 20240917)
     // Five trees lean over houses 0, 1, 3, 5 and 6; nine stand free, four of them in the park.
     for (int i : {0, 1, 3, 5, 6}) {
         const House& h = town.houses[i];
-        const double radius = r.in(3, 4), s = r.in(-h.halfLength, h.halfLength);
+        const double radius = r.uniform(3, 4), s = r.uniform(-h.halfLength, h.halfLength);
         // The stem stands beside a long wall, so the crown covers the roof's edge.
-        const double t = (r.next() < 0.5 ? -1 : 1) * (h.halfWidth + radius * 0.6);
-        town.trees.push_back({h.cx + s * h.ux - t * h.uy, h.cy + s * h.uy + t * h.ux, 0, r.in(2, 3),
-                              h.eave + r.in(2, 4), radius});
+        const double t = (r.uniform() < 0.5 ? -1 : 1) * (h.halfWidth + radius * 0.6);
+        town.trees.push_back({h.cx + s * h.ux - t * h.uy, h.cy + s * h.uy + t * h.ux, 0, r.uniform(2, 3),
+                              h.eave + r.uniform(2, 4), radius});
         ++town.treesOverRoofs;
     }
     while (town.trees.size() < 14) {
         const bool park = town.trees.size() < 9;
-        const double cx = park ? r.in(36, 54) : r.in(4, side - 4),
-                     cy = park ? r.in(36, 54) : r.in(4, side - 4);
+        const double cx = park ? r.uniform(36, 54) : r.uniform(4, side - 4),
+                     cy = park ? r.uniform(36, 54) : r.uniform(4, side - 4);
         bool clear = true;
         for (const House& h : town.houses)
             clear = clear && std::hypot(cx - h.cx, cy - h.cy) > std::hypot(h.halfLength, h.halfWidth) + 5;
         if (clear)
-            town.trees.push_back({cx, cy, 0, r.in(2, 4), r.in(7, 12), r.in(2.5, 4)});
+            town.trees.push_back({cx, cy, 0, r.uniform(2, 4), r.uniform(7, 12), r.uniform(2.5, 4)});
     }
     for (Tree& t : town.trees)
         t.groundZ = townTerrain(t.cx, t.cy);
     std::vector<Tree> shrubs;
     while (shrubs.size() < 10) {
-        const double cx = r.in(3, side - 3), cy = r.in(3, side - 3);
+        const double cx = r.uniform(3, side - 3), cy = r.uniform(3, side - 3);
         bool clear = true;
         for (const House& h : town.houses)
             clear = clear && std::hypot(cx - h.cx, cy - h.cy) > std::hypot(h.halfLength, h.halfWidth) + 2;
         if (clear)
-            shrubs.push_back({cx, cy, townTerrain(cx, cy), 0.2, r.in(0.8, 1.8), r.in(0.8, 1.5)});
+            shrubs.push_back({cx, cy, townTerrain(cx, cy), 0.2, r.uniform(0.8, 1.8), r.uniform(0.8, 1.5)});
     }
 
     auto add = [&](double x, double y, double z, int lastReturn, bool isBuilding) {
@@ -146,7 +120,7 @@ inline Town generateTown(uint64_t seed = 20240917)
     };
     const int pulses = int(side * side * 5);
     for (int i = 0; i < pulses; ++i) {
-        const double x = r.in(0, side), y = r.in(0, side);
+        const double x = r.uniform(0, side), y = r.uniform(0, side);
         const House* roof = nullptr;
         for (const House& h : town.houses)
             if (h.contains(x, y))
@@ -160,19 +134,19 @@ inline Town generateTown(uint64_t seed = 20240917)
         for (const Tree& t : shrubs)
             if (t.crown(x, y, zTop, zBottom) && zTop > bestTop && zTop > surface)
                 bestTop = zTop, bestBottom = zBottom;
-        if (bestTop > -1e9 && r.next() < 0.7) {
-            const double z = r.in(std::fmax(bestBottom, surface + 0.1), bestTop);
-            const bool stopped = r.next() < 0.25;
+        if (bestTop > -1e9 && r.uniform() < 0.7) {
+            const double z = r.uniform(std::fmax(bestBottom, surface + 0.1), bestTop);
+            const bool stopped = r.uniform() < 0.25;
             add(x, y, z, stopped ? 1 : 0, false);
             if (stopped)
                 continue;
         }
-        add(x, y, surface + r.in(-0.015, 0.015), 1, roof != nullptr);
+        add(x, y, surface + r.uniform(-0.015, 0.015), 1, roof != nullptr);
     }
     for (const House& h : town.houses) {
         const double perimeter = 4 * (h.halfLength + h.halfWidth);
         for (int i = 0; i < int(perimeter * 1.5); ++i) {
-            double u = r.in(0, perimeter), s, t;
+            double u = r.uniform(0, perimeter), s, t;
             const double L = 2 * h.halfLength, W = 2 * h.halfWidth;
             if (u < L)
                 s = u - h.halfLength, t = -h.halfWidth;
@@ -183,7 +157,7 @@ inline Town generateTown(uint64_t seed = 20240917)
             else
                 u -= L, s = -h.halfLength, t = h.halfWidth - u;
             const double x = h.cx + s * h.ux - t * h.uy, y = h.cy + s * h.uy + t * h.ux;
-            add(x, y, r.in(townTerrain(x, y) + 0.3, h.baseZ + h.eave), 1, true);
+            add(x, y, r.uniform(townTerrain(x, y) + 0.3, h.baseZ + h.eave), 1, true);
         }
     }
     return town;

@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <iostream>
 #include <sstream>
 #include <string>
@@ -29,20 +28,34 @@ private:
     std::streambuf* old_;
 };
 
-/// Runs step with output captured until one run takes under a millisecond of wall time (at most
-/// 50 tries, so a loaded machine cannot fail a check of the sub-millisecond timing lines);
-/// returns that run's output, or an empty string when no run was quick enough.
-template <class Step> std::string quickRunOutput(Step&& step)
-{
-    for (int attempt = 0; attempt < 50; ++attempt) {
-        CaptureStdout out;
-        const auto t0 = std::chrono::steady_clock::now();
-        step();
-        const auto took = std::chrono::steady_clock::now() - t0;
-        if (took < std::chrono::milliseconds(1)) return out.text();
+/// Replaces the library's clock for its lifetime: every reading is `step` ticks of 100 ns after
+/// the one before, so a step or a decomposition lasts exactly `step` ticks and its timing lines
+/// are known in advance.
+class FakeClock {
+public:
+    explicit FakeClock(long long step)
+    {
+        now() = 0;
+        stepTicks() = step;
+        vx::setTickSource(&read);
     }
-    return {};
-}
+    ~FakeClock() { vx::setTickSource(nullptr); }
+    FakeClock(const FakeClock&) = delete;
+    FakeClock& operator=(const FakeClock&) = delete;
+
+private:
+    static long long& now()
+    {
+        static long long ticks = 0;
+        return ticks;
+    }
+    static long long& stepTicks()
+    {
+        static long long ticks = 0;
+        return ticks;
+    }
+    static long long read() { return now() += stepTicks(); }
+};
 
 /// "cpu" always; "cuda" where a CUDA device answers.
 std::vector<std::string> availableBackends();
@@ -60,13 +73,15 @@ class SettingTest : public ::testing::TestWithParam<Setting> {
 protected:
     void SetUp() override
     {
-        if (GetParam().backend == "cuda" && !cudaAvailable()) GTEST_SKIP() << "no CUDA device";
+        if (GetParam().backend == "cuda" && !cudaAvailable())
+            GTEST_SKIP() << "no CUDA device";
     }
 };
 std::string settingName(const ::testing::TestParamInfo<Setting>& info);
 
 template <class T>
-VX_Point<T> point(T x, T y, T z, int cls = 1, int lastReturn = 1, T nx = 0, T ny = 0, T nz = 0, float hi = 0.f)
+VX_Point<T> point(T x, T y, T z, int cls = 1, int lastReturn = 1, T nx = 0, T ny = 0, T nz = 0,
+                  float hi = 0.f)
 {
     VX_Point<T> p{};
     p.x = x, p.y = y, p.z = z;
@@ -97,7 +112,8 @@ template <class T> std::vector<VX_Point<T>> points(Vexaro<T>& v)
 template <class T> std::vector<int> classes(Vexaro<T>& v)
 {
     std::vector<int> out;
-    for (const auto& p : points(v)) out.push_back(p.classification);
+    for (const auto& p : points(v))
+        out.push_back(p.classification);
     return out;
 }
 

@@ -21,7 +21,8 @@
 //            the rest mostly lies next to shrubs, whose points tilt the ground normals);
 //   low-point correction: planar cells of 5 m, range 1.0, candidates 7, replacement 1.
 #include "ground/GroundTestSupport.h"
-#include "common/SeededRandom.h"
+#include "scene/Random.h"
+#include "scene/Terrain.h"
 
 #include <cmath>
 #include <cstdint>
@@ -34,12 +35,12 @@ namespace {
 
 class GroundAccuracy : public SettingTest {};
 
-using Rng = vxtest::SeededRandom;
+using Rng = vx::scene::SequenceRandom;
 
 double terrain(double x, double y)
 {
     const double ridge = 3.0 * std::exp(-((y - 30.0) / 8.0) * ((y - 30.0) / 8.0));
-    return 0.08 * x + ridge + 0.5 * std::sin(x / 7.0) * std::cos(y / 9.0);
+    return vx::scene::rollingSlope(x, y, 0.08, 0.5, 7.0, 9.0) + ridge;
 }
 
 struct Box {
@@ -55,7 +56,7 @@ struct Scene {
 
 Scene generate()
 {
-    Rng r{20240611};
+    Rng r(20240611);
     Scene sc;
     auto add = [&](double x, double y, double z, bool isGround, bool isNoise = false) {
         sc.points.push_back(point<double>(x, y, z, 1, 1));
@@ -66,27 +67,27 @@ Scene generate()
     std::vector<Box> boxes;
     const double centres[4][2] = {{12, 12}, {45, 15}, {15, 46}, {44, 44}};
     for (const auto& c : centres) {
-        const double w = r.in(6, 8), d = r.in(6, 8);
+        const double w = r.uniform(6, 8), d = r.uniform(6, 8);
         const double base = terrain(c[0], c[1]);
-        boxes.push_back({c[0] - w / 2, c[1] - d / 2, c[0] + w / 2, c[1] + d / 2, base + r.in(4, 7)});
+        boxes.push_back({c[0] - w / 2, c[1] - d / 2, c[0] + w / 2, c[1] + d / 2, base + r.uniform(4, 7)});
     }
     // Ground, hidden under the roofs.
     for (int i = 0; i < int(side * side * 4); ++i) {
-        const double x = r.in(0, side), y = r.in(0, side);
+        const double x = r.uniform(0, side), y = r.uniform(0, side);
         bool covered = false;
         for (const Box& b : boxes)
             covered = covered || b.covers(x, y);
         if (!covered)
-            add(x, y, terrain(x, y) + r.in(-0.01, 0.01), true);
+            add(x, y, terrain(x, y) + r.uniform(-0.01, 0.01), true);
     }
     for (const Box& b : boxes) {
         const double area = (b.x1 - b.x0) * (b.y1 - b.y0);
         for (int i = 0; i < int(area * 4); ++i)
-            add(r.in(b.x0, b.x1), r.in(b.y0, b.y1), b.top + r.in(-0.01, 0.01), false);
+            add(r.uniform(b.x0, b.x1), r.uniform(b.y0, b.y1), b.top + r.uniform(-0.01, 0.01), false);
         // A few wall points on the four sides.
         const double perimeter = 2 * (b.x1 - b.x0 + b.y1 - b.y0);
         for (int i = 0; i < int(perimeter * 2); ++i) {
-            double t = r.in(0, perimeter), x, y;
+            double t = r.uniform(0, perimeter), x, y;
             if (t < b.x1 - b.x0)
                 x = b.x0 + t, y = b.y0;
             else if ((t -= b.x1 - b.x0) < b.y1 - b.y0)
@@ -96,38 +97,38 @@ Scene generate()
             else
                 t -= b.x1 - b.x0, x = b.x0, y = b.y1 - t;
             const double foot = terrain(x, y);
-            add(x, y, r.in(foot + 0.5, b.top), false);
+            add(x, y, r.uniform(foot + 0.5, b.top), false);
         }
     }
     for (int t = 0; t < 10; ++t) {
         double cx, cy;
         bool clear;
         do {
-            cx = r.in(4, side - 4), cy = r.in(4, side - 4);
+            cx = r.uniform(4, side - 4), cy = r.uniform(4, side - 4);
             clear = true;
             for (const Box& b : boxes)
                 clear = clear && !Box{b.x0 - 4, b.y0 - 4, b.x1 + 4, b.y1 + 4, 0}.covers(cx, cy);
         } while (!clear);
-        const double radius = r.in(2, 3), cz = terrain(cx, cy) + r.in(4, 6);
+        const double radius = r.uniform(2, 3), cz = terrain(cx, cy) + r.uniform(4, 6);
         for (int i = 0; i < 150; ++i) {
             double dx, dy, dz;
             do
-                dx = r.in(-1, 1), dy = r.in(-1, 1), dz = r.in(-1, 1);
+                dx = r.uniform(-1, 1), dy = r.uniform(-1, 1), dz = r.uniform(-1, 1);
             while (dx * dx + dy * dy + dz * dz > 1);
             add(cx + radius * dx, cy + radius * dy, cz + radius * dz, false);
         }
     }
     // Low shrubs, 0.3 to 1.5 m above the ground.
     for (int t = 0; t < 8; ++t) {
-        const double cx = r.in(3, side - 3), cy = r.in(3, side - 3);
+        const double cx = r.uniform(3, side - 3), cy = r.uniform(3, side - 3);
         for (int i = 0; i < 40; ++i) {
-            const double x = cx + r.in(-1, 1), y = cy + r.in(-1, 1);
-            add(x, y, terrain(x, y) + r.in(0.3, 1.5), false);
+            const double x = cx + r.uniform(-1, 1), y = cy + r.uniform(-1, 1);
+            add(x, y, terrain(x, y) + r.uniform(0.3, 1.5), false);
         }
     }
     for (int i = 0; i < 40; ++i) {
-        const double x = r.in(2, side - 2), y = r.in(2, side - 2);
-        add(x, y, terrain(x, y) - r.in(2, 6), false, true);
+        const double x = r.uniform(2, side - 2), y = r.uniform(2, side - 2);
+        add(x, y, terrain(x, y) - r.uniform(2, 6), false, true);
     }
     return sc;
 }

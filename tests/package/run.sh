@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the built library into a scratch prefix and builds a user's project against it.
+# Installs the built library and tool into a scratch prefix, builds a user's project against the
+# library and runs the installed tool, which must find the installed library by its own RPATH.
 set -euo pipefail
 build=$1
 source=$2
@@ -9,3 +10,26 @@ cmake --install "$build" --prefix "$scratch/prefix" > /dev/null
 cmake -S "$source/tests/package" -B "$scratch/build" -G Ninja -DCMAKE_PREFIX_PATH="$scratch/prefix" > /dev/null
 cmake --build "$scratch/build" > /dev/null
 "$scratch/build/package_test"
+
+# The tool is installed only when the build has it (VEXARO_BUILD_APPS).
+if [ ! -f "$build/apps/vexaro/vexaro" ]; then
+    echo "tool not built: installed tool not checked"
+    exit 0
+fi
+tool="$scratch/prefix/bin/vexaro"
+if [ ! -x "$tool" ]; then
+    echo "FAIL: the tool is not installed at bin/vexaro" >&2
+    exit 1
+fi
+unset LD_LIBRARY_PATH
+library=$(ldd "$tool" | awk '/libvexaro\.so/ {print $3}')
+case "$library" in
+"$scratch/prefix/"*) ;;
+*)
+    echo "FAIL: the installed tool loads '$library' instead of the installed library" >&2
+    exit 1
+    ;;
+esac
+"$tool" --help > /dev/null
+"$tool" devices
+echo "installed tool ok"

@@ -1,6 +1,6 @@
-// Deterministic random numbers for the demo scene.
+// Deterministic random numbers for the generated scenes of the demo, the tests and the benchmarks.
 //
-// The scene must come out bit-identical for a seed on every machine and compiler, so nothing
+// A scene must come out bit-identical for a seed on every machine and compiler, so nothing
 // here uses <random> distributions (their algorithms differ between standard libraries) or
 // transcendental functions (their last bits differ between maths libraries): only integer
 // mixing, IEEE additions, multiplications, divisions and square roots.
@@ -27,10 +27,10 @@ inline uint64_t hashMix(uint64_t value, uint64_t seed)
     return splitMix(state);
 }
 
-/// xoshiro256** generator with a few plain draws on top.
-class Random {
+/// xoshiro256** seeded through SplitMix64: the demo scene's sequence.
+class Xoshiro256 {
 public:
-    explicit Random(uint64_t seed)
+    explicit Xoshiro256(uint64_t seed)
     {
         uint64_t state = seed;
         for (auto& word : s_)
@@ -50,6 +50,28 @@ public:
         return result;
     }
 
+private:
+    static uint64_t rotl(uint64_t x, int k) { return (x << k) | (x >> (64 - k)); }
+    uint64_t s_[4];
+};
+
+/// The SplitMix64 sequence itself: the generated test and benchmark scenes, whose accuracy
+/// thresholds were set on this sequence.
+class SplitMix64 {
+public:
+    explicit SplitMix64(uint64_t seed) : state_(seed) {}
+    uint64_t next() { return splitMix(state_); }
+
+private:
+    uint64_t state_;
+};
+
+/// The draws every generated scene takes, over an engine whose next() gives 64 random bits.
+template <class Engine> class Draws : public Engine {
+public:
+    using Engine::Engine;
+    using Engine::next;
+
     /// Uniform in [0, 1), 53 random bits.
     double uniform() { return static_cast<double>(next() >> 11) * (1.0 / 9007199254740992.0); }
     /// Uniform in [a, b).
@@ -66,13 +88,14 @@ public:
     }
     /// A random unit vector in the plane (rejection sampling, no trigonometry).
     void direction(double& dx, double& dy);
-
-private:
-    static uint64_t rotl(uint64_t x, int k) { return (x << k) | (x >> (64 - k)); }
-    uint64_t s_[4];
 };
 
-inline void Random::direction(double& dx, double& dy)
+/// The demo scene's generator.
+using Random = Draws<Xoshiro256>;
+/// The generator of the test and benchmark scenes.
+using SequenceRandom = Draws<SplitMix64>;
+
+template <class Engine> void Draws<Engine>::direction(double& dx, double& dy)
 {
     for (;;) {
         const double a = uniform(-1.0, 1.0);

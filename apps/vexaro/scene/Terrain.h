@@ -3,6 +3,8 @@
 
 #include "scene/Random.h"
 
+#include <cmath>
+
 namespace vx::scene {
 
 /// A straight line through the scene; distance() is signed, in metres.
@@ -12,6 +14,15 @@ struct SceneLine {
     double distance(double x, double y) const { return (x - px) * -dy + (y - py) * dx; }
 };
 
+/// The bare earth of the small generated test scenes: a slope along x with an egg-box
+/// undulation of the given amplitude, sin(x / wx) cos(y / wy). It uses sin and cos, so its last
+/// bits may differ between maths libraries; the demo's Terrain does not.
+inline double rollingSlope(double x, double y, double slope, double amplitude, double wx, double wy)
+{
+    return slope * x + amplitude * std::sin(x / wx) * std::cos(y / wy);
+}
+
+/// The demo scene's bare earth, drawn from its generator.
 class Terrain {
 public:
     /// Draws the shape for a square scene of the given side (metres) from rng.
