@@ -1,7 +1,7 @@
 // Times the grid decomposition of generated ALS-like clouds on the host backend.
 // Usage: bench_decomposition [points...]   (default 1000000 10000000)
 #include "BenchScene.h"
-#include "core/ClassifierCore.h"
+#include "api/EngineAccess.h"
 
 #include <sys/resource.h>
 
@@ -68,7 +68,8 @@ int main(int argc, char** argv)
             std::cout.rdbuf(old);
             std::printf("decomposition %s n=%d cells=%d: %.3f s (%.2f Mpoints/s) incl. upload and host sync, "
                         "peak RSS %ld MB\n",
-                        soa ? "SoA" : "AoS", n, v.engine().grid.groupCount, s, n / s / 1e6, peakRssMb());
+                        soa ? "SoA" : "AoS", n, vx::EngineAccess<float>::engine(v).grid.groupCount, s,
+                        n / s / 1e6, peakRssMb());
         }
     }
     return 0;

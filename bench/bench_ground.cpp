@@ -5,7 +5,7 @@
 // flat box roofs 8 m up and scattered vegetation returns with random normals. Ground seeds are
 // placed every 15 m; the growth runs with the default parameters over 2 m cubes.
 #include "BenchScene.h"
-#include "core/ClassifierCore.h"
+#include "api/EngineAccess.h"
 
 #include <chrono>
 #include <cmath>
@@ -88,9 +88,9 @@ template <class T> void run(int n, bool soa, int threads)
     std::printf(
         "ground growth %-6s %s n=%d cells=%d threads=%d: %d iterations, %.3f s total, %.3f s per iteration "
         "(incl. remap and count), %d ground of %d generated ground points\n",
-        sizeof(T) == 4 ? "float" : "double", soa ? "SoA" : "AoS", n, v.engine().grid.groupCount,
-        v.engine().effectiveHostThreads(), iterations, secs, iterations ? secs / iterations : 0.0, ground,
-        truth);
+        sizeof(T) == 4 ? "float" : "double", soa ? "SoA" : "AoS", n,
+        vx::EngineAccess<T>::engine(v).grid.groupCount, vx::EngineAccess<T>::engine(v).effectiveHostThreads(),
+        iterations, secs, iterations ? secs / iterations : 0.0, ground, truth);
 }
 
 } // namespace

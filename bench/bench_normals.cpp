@@ -3,7 +3,7 @@
 // Usage: bench_normals [points] [shuffled]   (default 1000000 points in scan-line order; any
 // second argument shuffles the input order, the worst case for memory locality)
 #include "BenchScene.h"
-#include "core/ClassifierCore.h"
+#include "api/EngineAccess.h"
 #include "core/StepContext.h"
 #include "steps/common/StepDrivers.h"
 
@@ -98,7 +98,7 @@ template <class T> void bench(const std::vector<VX_Point<float>>& cloud, bool so
     v.calculateNormalVectors(5, 6, 7);
     const double full = vxbench::secondsSince(t0);
     t0 = std::chrono::steady_clock::now();
-    vx::StepContext<T> context(v.engine());
+    vx::StepContext<T> context(vx::EngineAccess<T>::engine(v));
     vx::host::runNormals(context);
     const double driver = vxbench::secondsSince(t0);
     std::cout.rdbuf(old);
@@ -111,7 +111,8 @@ template <class T> void bench(const std::vector<VX_Point<float>>& cloud, bool so
         planar += p.classification == 5, scatter += p.classification == 6, linear += p.classification == 7;
     }
     std::printf("%-6s %s n=%d threads=%d cells=%d\n", sizeof(T) == 4 ? "float" : "double",
-                soa ? "SoA" : "AoS", n, v.engine().effectiveHostThreads(), v.engine().grid.groupCount);
+                soa ? "SoA" : "AoS", n, vx::EngineAccess<T>::engine(v).effectiveHostThreads(),
+                vx::EngineAccess<T>::engine(v).grid.groupCount);
     std::printf("  calculateNormalVectors (decomposition, both phases, host sync): %.3f s, %.0f points/s\n",
                 full, n / full);
     std::printf("  normal driver alone (both phases):                             %.3f s, %.0f points/s\n",

@@ -17,9 +17,12 @@
 
 template <class T> class ClassifierCore;
 
-namespace vx::las {
+namespace vx {
+template <class T> struct EngineAccess;
+namespace las {
 class LasFile;
 }
+} // namespace vx
 
 namespace vexaro {
 /// Thrown when a LAS file cannot be read or written; the message names the file and the problem.
@@ -145,14 +148,14 @@ public:
     void performVegetationClassification(int lowVegetationClass, int mediumVegetationClass,
                                          int highVegetationClass, int groundClass, int ignored);
 
-    /// The engine; internal, exposed for the library's own tests and tools.
-    ClassifierCore<T>& engine() { return *core; }
     /// Number of points held by the engine.
     int pointCount() const;
     /// Copy of the host records (gathered from the per-field arrays in that layout).
     void copyPoints(VX_Point<T>* out, int count);
 
 private:
+    friend struct vx::EngineAccess<T>; // the library's own tests reach the engine through it
+
     bool autoSaveNormals = false;
     std::shared_ptr<ClassifierCore<T>> core;
     std::shared_ptr<vx::las::LasFile> las; ///< header and records of the last loaded file (replaced, never

@@ -1,7 +1,7 @@
 #include "Pipeline.h"
 
 // The engine's parameters tell which values the caller has changed.
-#include <core/ClassifierCore.h>
+#include <api/EngineAccess.h>
 
 #include <algorithm>
 #include <chrono>
@@ -118,7 +118,7 @@ double recommendedValue(const char* name)
 
 template <class T> void applyRecommendedParameters(Vexaro<T>& v)
 {
-    const auto& par = v.engine().par;
+    const auto& par = vx::EngineAccess<T>::engine(v).par;
     const Parameters<T> library;
     recommend(par.GroundGrowthRangeLowest, library.GroundGrowthRangeLowest,
               recommendedValue("GroundGrowthRangeLowest"), [&](T x) { v.set_GroundGrowthRangeLowest(x); });

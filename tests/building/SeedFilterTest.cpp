@@ -251,7 +251,7 @@ TEST_P(BuildingSeeds, AnnouncesTheSourceClassAndTheLaunch)
         EXPECT_EQ(Lines(lines.begin(), lines.begin() + head.size()), head);
         EXPECT_EQ(lines[head.size()].rfind("Time: ", 0), 0u);
         EXPECT_EQ(lines[head.size() + 1].rfind("Time: ", 0), 0u);
-        EXPECT_EQ(v.engine().slots.NeighbourPlaneClass, 7);
+        EXPECT_EQ(vxtest::engine(v).slots.NeighbourPlaneClass, 7);
 
         // "ORDER" is a level 2 message; the launch lines print at every level.
         v.setMessageLevel(1);

@@ -1,7 +1,7 @@
 // Helpers shared by the test suites: output capture, backends present, small clouds.
 #pragma once
 
-#include "core/ClassifierCore.h"
+#include "common/Probe.h"
 
 #include <Vexaro.h>
 

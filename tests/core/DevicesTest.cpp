@@ -23,7 +23,7 @@ TEST(Devices, DeviceIndexPastTheEndWarnsAndKeepsTheDevice)
     const std::string name = v.setCudaDevice(1);
     EXPECT_EQ(out.text(), "WARNING! Cuda device unchanged! There is no device of index:  1\n");
     EXPECT_EQ(name, vx::hostProcessorName());
-    EXPECT_EQ(v.engine().deviceIndex, 0);
+    EXPECT_EQ(vxtest::engine(v).deviceIndex, 0);
 }
 
 TEST(Devices, NegativeDeviceIndexIsRefusedLikeAMissingOne)
@@ -33,7 +33,7 @@ TEST(Devices, NegativeDeviceIndexIsRefusedLikeAMissingOne)
     CaptureStdout out;
     v.setCudaDevice(-1);
     EXPECT_EQ(out.text(), "WARNING! Cuda device unchanged! There is no device of index:  -1\n");
-    EXPECT_EQ(v.engine().deviceIndex, 0);
+    EXPECT_EQ(vxtest::engine(v).deviceIndex, 0);
 }
 
 TEST(Devices, SettingDeviceZeroAnnouncesIt)
@@ -70,12 +70,12 @@ TEST(LaunchConfiguration, BlocksAreCountOverThreadsPlusOne)
     Vexaro<float> v;
     v.setComputeBackend("cpu");
     CaptureStdout out;
-    auto cfg = v.engine().launchConfig(1000000);
+    auto cfg = vxtest::engine(v).launchConfig(1000000);
     EXPECT_EQ(cfg.threads, 256);
     EXPECT_EQ(cfg.blocks, 3907);
     EXPECT_EQ(out.text(), "Threads:  256\nBlocks:  3907\n");
     out.clear();
-    cfg = v.engine().launchConfig(512);
+    cfg = vxtest::engine(v).launchConfig(512);
     EXPECT_EQ(cfg.blocks, 3);
     EXPECT_EQ(out.text(), "Threads:  256\nBlocks:  3\n");
 }
@@ -86,9 +86,9 @@ TEST(LaunchConfiguration, ThreadsAreCappedAtTheDeviceMaximum)
     v.setComputeBackend("cpu");
     CaptureStdout out;
     v.set_Threads(1024);
-    EXPECT_EQ(v.engine().launchConfig(10).threads, 1024);
+    EXPECT_EQ(vxtest::engine(v).launchConfig(10).threads, 1024);
     v.set_Threads(2048);
-    EXPECT_EQ(v.engine().launchConfig(10).threads, 1024);
+    EXPECT_EQ(vxtest::engine(v).launchConfig(10).threads, 1024);
 }
 
 TEST(LaunchConfiguration, ZeroOrNegativeThreadsRunOneThreadPerBlock)
@@ -97,11 +97,11 @@ TEST(LaunchConfiguration, ZeroOrNegativeThreadsRunOneThreadPerBlock)
     v.setComputeBackend("cpu");
     CaptureStdout out;
     v.set_Threads(0);
-    auto cfg = v.engine().launchConfig(10);
+    auto cfg = vxtest::engine(v).launchConfig(10);
     EXPECT_EQ(cfg.threads, 1);
     EXPECT_EQ(cfg.blocks, 11);
     v.set_Threads(-5);
-    EXPECT_EQ(v.engine().launchConfig(10).threads, 1);
+    EXPECT_EQ(vxtest::engine(v).launchConfig(10).threads, 1);
 }
 
 TEST(LaunchConfiguration, MessagesPrintAtEveryLevel)
@@ -110,7 +110,7 @@ TEST(LaunchConfiguration, MessagesPrintAtEveryLevel)
     v.setComputeBackend("cpu");
     v.setMessageLevel(0);
     CaptureStdout out;
-    v.engine().launchConfig(1);
+    vxtest::engine(v).launchConfig(1);
     EXPECT_EQ(out.text(), "Threads:  256\nBlocks:  1\n");
 }
 
@@ -119,7 +119,7 @@ TEST(DeviceErrorCheck, NoErrorReturnsZeroSilently)
     Vexaro<float> v;
     v.setComputeBackend("cpu");
     CaptureStdout out;
-    EXPECT_EQ(v.engine().checkDeviceError(), 0);
+    EXPECT_EQ(vxtest::engine(v).checkDeviceError(), 0);
     EXPECT_EQ(out.text(), "");
 }
 
@@ -129,9 +129,9 @@ TEST(DeviceErrorCheck, ReplacedHandlerReceivesTheCode)
     v.setComputeBackend("cpu");
     int seen = 0;
     v.setDeviceErrorHandler([&](int code) { seen = code; });
-    v.engine().pendingError = 700;
+    vxtest::engine(v).pendingError = 700;
     CaptureStdout out;
-    EXPECT_EQ(v.engine().checkDeviceError(), 700);
+    EXPECT_EQ(vxtest::engine(v).checkDeviceError(), 700);
     EXPECT_EQ(seen, 700);
     EXPECT_EQ(out.text(), "ERROR! CUDA returned code:  700\n");
 }
@@ -142,9 +142,9 @@ TEST(DeviceErrorCheck, ErrorMessageIsGatedAtLevelOne)
     v.setComputeBackend("cpu");
     v.setMessageLevel(0);
     v.setDeviceErrorHandler([](int) {});
-    v.engine().pendingError = 2;
+    vxtest::engine(v).pendingError = 2;
     CaptureStdout out;
-    v.engine().checkDeviceError();
+    vxtest::engine(v).checkDeviceError();
     EXPECT_EQ(out.text(), "");
 }
 
@@ -155,8 +155,8 @@ TEST(DeviceErrorCheckDeathTest, DefaultHandlerEndsTheProcessWithStatusZero)
         {
             Vexaro<float> v;
             v.setComputeBackend("cpu");
-            v.engine().pendingError = 77;
-            v.engine().checkDeviceError();
+            vxtest::engine(v).pendingError = 77;
+            vxtest::engine(v).checkDeviceError();
         },
         ::testing::ExitedWithCode(0), "");
 }
@@ -178,7 +178,7 @@ TEST(DeviceErrorCheck, AStepCarriesOnAndStillPrintsItsTiming)
     v.setDeviceErrorHandler([&](int) { ++calls; });
     const FakeClock clock(25000000); // 2.5 s a step
     CaptureStdout out;
-    v.engine().pendingError = 3;
+    vxtest::engine(v).pendingError = 3;
     v.resetPointCloudClasses(4);
     const std::string text = out.text();
     EXPECT_GE(calls, 1);

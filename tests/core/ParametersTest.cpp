@@ -12,7 +12,7 @@ TYPED_TEST(ParametersTest, DefaultsAreTheDocumentedValues)
 {
     using T = TypeParam;
     Vexaro<T> v;
-    const auto& c = v.engine();
+    const auto& c = vxtest::engine(v);
     EXPECT_EQ(c.threads, 256);
     EXPECT_EQ(c.msg.threshold, 2);
     EXPECT_FALSE(c.dataLoaded);
@@ -81,14 +81,14 @@ TYPED_TEST(ParametersTest, SettersWriteTheirFields)
     v.set_VegetationRatio(0.25f);
     v.set_Building3Iterations(42);
     v.set_Threads(64);
-    const auto& p = v.engine().par;
+    const auto& p = vxtest::engine(v).par;
     EXPECT_EQ(p.NNSearchRange_NormalVectors, T(2.25f));
     EXPECT_EQ(p.Inner_NormalVectors, 7);
     EXPECT_EQ(p.GroundGrowthRange, T(3.5));
     EXPECT_EQ(p.BuildingMinNoN, 9);
     EXPECT_EQ(p.VegetationRatio, 0.25f);
     EXPECT_EQ(p.Building3Iterations, 42);
-    EXPECT_EQ(v.engine().threads, 64);
+    EXPECT_EQ(vxtest::engine(v).threads, 64);
 }
 
 TYPED_TEST(ParametersTest, MaxCosinusPar2SetterWritesThePlaneDistance)
@@ -96,26 +96,26 @@ TYPED_TEST(ParametersTest, MaxCosinusPar2SetterWritesThePlaneDistance)
     using T = TypeParam;
     Vexaro<T> v;
     v.set_GroundGrowthMaxCosinusPar2(0.3f);
-    EXPECT_EQ(v.engine().par.GroundGrowthDistanceFromPlane, static_cast<T>(0.3f));
-    EXPECT_EQ(v.engine().par.GroundGrowthMaxCosinusPar2, 0.11f);
+    EXPECT_EQ(vxtest::engine(v).par.GroundGrowthDistanceFromPlane, static_cast<T>(0.3f));
+    EXPECT_EQ(vxtest::engine(v).par.GroundGrowthMaxCosinusPar2, 0.11f);
 }
 
 TYPED_TEST(ParametersTest, MessageLevelIsClamped)
 {
     Vexaro<TypeParam> v;
     v.setMessageLevel(7);
-    EXPECT_EQ(v.engine().msg.threshold, 4);
+    EXPECT_EQ(vxtest::engine(v).msg.threshold, 4);
     v.setMessageLevel(-3);
-    EXPECT_EQ(v.engine().msg.threshold, 0);
+    EXPECT_EQ(vxtest::engine(v).msg.threshold, 0);
     v.setMessageLevel(3);
-    EXPECT_EQ(v.engine().msg.threshold, 3);
+    EXPECT_EQ(vxtest::engine(v).msg.threshold, 3);
 }
 
 TYPED_TEST(ParametersTest, SoaFlagIsMirroredInTheEngine)
 {
     Vexaro<TypeParam> v;
     v.set_SoA(false);
-    EXPECT_FALSE(v.engine().store.fieldsLayout);
+    EXPECT_FALSE(vxtest::engine(v).store.fieldsLayout);
     v.set_SoA(true);
-    EXPECT_TRUE(v.engine().store.fieldsLayout);
+    EXPECT_TRUE(vxtest::engine(v).store.fieldsLayout);
 }

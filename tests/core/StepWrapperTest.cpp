@@ -24,7 +24,7 @@ TEST(StepWrapper, NormalsBeforeLoadingRefuse)
     CaptureStdout out;
     v.calculateNormalVectors(1, 2, 3);
     EXPECT_EQ(out.text(), "ERROR! Data not loaded! \n");
-    EXPECT_EQ(v.engine().slots.TargetClass, 0); // nothing stored
+    EXPECT_EQ(vxtest::engine(v).slots.TargetClass, 0); // nothing stored
 }
 
 TEST(StepWrapper, NullDirectDataUnloadsTheCloud)
@@ -32,9 +32,9 @@ TEST(StepWrapper, NullDirectDataUnloadsTheCloud)
     Vexaro<float> v;
     auto pts = smallCloud();
     v.loadDirectData(pts.data(), 10);
-    EXPECT_TRUE(v.engine().dataLoaded);
+    EXPECT_TRUE(vxtest::engine(v).dataLoaded);
     v.loadDirectData(nullptr, 0);
-    EXPECT_FALSE(v.engine().dataLoaded);
+    EXPECT_FALSE(vxtest::engine(v).dataLoaded);
     CaptureStdout out;
     v.calculateNormalVectors(1, 2, 3);
     EXPECT_EQ(out.text(), "ERROR! Data not loaded! \n");
@@ -104,22 +104,22 @@ TEST(StepWrapper, ArgumentsAreStoredInTheClassSlots)
     v.setFacadeMessageLevel(0);
     CaptureStdout out;
     v.gatherLowPoints(7, 3);
-    EXPECT_EQ(v.engine().slots.TargetClass, 7);
-    EXPECT_EQ(v.engine().slots.GroundClass, 3);
+    EXPECT_EQ(vxtest::engine(v).slots.TargetClass, 7);
+    EXPECT_EQ(vxtest::engine(v).slots.GroundClass, 3);
     v.performLowPointCorrection(2, 7, 1);
-    EXPECT_EQ(v.engine().slots.GroundClass, 2);
-    EXPECT_EQ(v.engine().slots.ReferenceClass, 7);
-    EXPECT_EQ(v.engine().slots.TargetClass, 1);
+    EXPECT_EQ(vxtest::engine(v).slots.GroundClass, 2);
+    EXPECT_EQ(vxtest::engine(v).slots.ReferenceClass, 7);
+    EXPECT_EQ(vxtest::engine(v).slots.TargetClass, 1);
     v.findBuildingSeed(6, 2, 10, 12);
-    EXPECT_EQ(v.engine().slots.NeighbourPlaneClass, 10);
-    EXPECT_EQ(v.engine().slots.NeighbourDistanceClass, 12);
+    EXPECT_EQ(vxtest::engine(v).slots.NeighbourPlaneClass, 10);
+    EXPECT_EQ(vxtest::engine(v).slots.NeighbourDistanceClass, 12);
     v.performVegetationClassification(3, 4, 5, 9, 77);
-    EXPECT_EQ(v.engine().slots.TargetClass, 3);
-    EXPECT_EQ(v.engine().slots.TargetClass2, 4);
-    EXPECT_EQ(v.engine().slots.TargetClass3, 5);
-    EXPECT_EQ(v.engine().slots.GroundClass, 9);
+    EXPECT_EQ(vxtest::engine(v).slots.TargetClass, 3);
+    EXPECT_EQ(vxtest::engine(v).slots.TargetClass2, 4);
+    EXPECT_EQ(vxtest::engine(v).slots.TargetClass3, 5);
+    EXPECT_EQ(vxtest::engine(v).slots.GroundClass, 9);
     v.calculateHeightIndex(13);
-    EXPECT_EQ(v.engine().slots.ReferenceClass, 13);
+    EXPECT_EQ(vxtest::engine(v).slots.ReferenceClass, 13);
 }
 
 TEST(StepWrapper, GroundCorrectionDoesNothingAtAll)
@@ -129,13 +129,13 @@ TEST(StepWrapper, GroundCorrectionDoesNothingAtAll)
     auto pts = smallCloud();
     v.loadDirectData(pts.data(), 10);
     auto before = classes(v);
-    auto slots = v.engine().slots;
+    auto slots = vxtest::engine(v).slots;
     CaptureStdout out;
     v.performGroundCorrection(5);
     EXPECT_EQ(out.text(), "");
     EXPECT_EQ(classes(v), before);
-    EXPECT_EQ(v.engine().slots.TargetClass, slots.TargetClass);
-    EXPECT_EQ(v.engine().slots.GroundClass, slots.GroundClass);
+    EXPECT_EQ(vxtest::engine(v).slots.TargetClass, slots.TargetClass);
+    EXPECT_EQ(vxtest::engine(v).slots.GroundClass, slots.GroundClass);
 }
 
 TEST(StepWrapper, ACopySharesTheEngine)
@@ -155,7 +155,7 @@ TEST(StepWrapper, ACopySharesTheEngine)
     Vexaro<float> c;
     c = b;
     c.setMessageLevel(4);
-    EXPECT_EQ(a.engine().msg.threshold, 4);
+    EXPECT_EQ(vxtest::engine(a).msg.threshold, 4);
 }
 
 TEST(StepWrapper, ClearAllMemoryReleasesAndAnnounces)
@@ -174,9 +174,9 @@ TEST(StepWrapper, ClearAllMemoryReleasesAndAnnounces)
     CaptureStdout out;
     v.clearAllMemory();
     EXPECT_EQ(out.text(), "Clearing Memories! \n");
-    EXPECT_TRUE(v.engine().store.deviceRecords.empty());
-    EXPECT_TRUE(v.engine().allowedClasses.empty());
-    EXPECT_EQ(v.engine().store.count, 0);
+    EXPECT_TRUE(vxtest::engine(v).store.deviceRecords.empty());
+    EXPECT_TRUE(vxtest::engine(v).allowedClasses.empty());
+    EXPECT_EQ(vxtest::engine(v).store.count, 0);
     EXPECT_EQ(v.pointCount(), 0);
 }
 
@@ -191,5 +191,5 @@ TEST(StepWrapper, NonFiniteCoordinatesAreRefusedAndTheCloudKept)
     v.loadDirectData(bad.data(), 10);
     EXPECT_EQ(out.text(), "ERROR! Non-finite coordinate, cloud not loaded. Point: 3\n");
     EXPECT_EQ(points(v)[3].y, pts[3].y);
-    EXPECT_TRUE(v.engine().dataLoaded);
+    EXPECT_TRUE(vxtest::engine(v).dataLoaded);
 }

@@ -31,7 +31,7 @@ template <class T> std::vector<VX_Point<T>> tenPoints()
 template <class T> std::string heapAndStack(Vexaro<T>& v)
 {
     std::size_t heap = 0, stack = 0;
-    vx::mem::limits(v.engine().backend(), heap, stack);
+    vx::mem::limits(vxtest::engine(v).backend(), heap, stack);
     return "Heap: " + std::to_string(heap) + " Stack: " + std::to_string(stack);
 }
 
@@ -99,7 +99,7 @@ TEST_P(FeatureMessages, LowMemoryIsReportedAndTheComputationGoesOn)
         v.set_NormalVectorDecompositionSize(100.0);
         // Enough for the one-cell decomposition (80 + 12 bytes within 80 %), short of the 120
         // bytes of the means.
-        v.engine().freeMemoryCap = 118;
+        vxtest::engine(v).freeMemoryCap = 118;
         CaptureStdout out;
         v.calculateNormalVectors(5, 6, 7);
         const std::vector<std::string> expected{

@@ -44,7 +44,7 @@ template <class T> std::vector<VX_mean<T>> phaseOneMeans(Vexaro<T>& v, double ce
         CaptureStdout quiet;
         v.regularGridDecomposition3Dcube(cell);
     }
-    auto& c = v.engine();
+    auto& c = vxtest::engine(v);
     const int n = c.store.count;
     vx::MeanBuffers<T> buffers;
     std::vector<VX_mean<T>> byPoint(n);

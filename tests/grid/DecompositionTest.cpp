@@ -46,14 +46,14 @@ TEST_P(Decomposition, PointOnTheMaximumLandsInTheLastCell)
     std::vector<VX_Point<float>> pts{point<float>(0, 0, 0), point<float>(10, 0, 0), point<float>(4, 0, 0)};
     v.loadDirectData(pts.data(), 3);
     decomposeQuietly(v, 2.5, 1, 1);
-    const auto& g = v.engine().grid.parameters;
+    const auto& g = vxtest::engine(v).grid.parameters;
     EXPECT_EQ(g.cellsX, 5); // trunc(10 / 2.5 + 1)
     EXPECT_EQ(g.cellsY, 1);
     EXPECT_EQ(g.cellsZ, 1);
-    EXPECT_EQ(v.engine().grid.groupCount, 5);
+    EXPECT_EQ(vxtest::engine(v).grid.groupCount, 5);
     // Sorted links: point 0 in cell 0, point 2 in cell 1, point 1 in cell 4 = cellsX - 1.
     std::vector<int> idx, grp;
-    hostLinks(v.engine(), GetParam().soa, idx, grp);
+    hostLinks(vxtest::engine(v), GetParam().soa, idx, grp);
     EXPECT_EQ(idx, (std::vector<int>{0, 2, 1}));
     EXPECT_EQ(grp, (std::vector<int>{0, 1, 4}));
 }
@@ -65,7 +65,7 @@ TEST_P(Decomposition, ZeroExtentGivesOneCell)
     std::vector<VX_Point<double>> pts{point<double>(1, 5, 2), point<double>(1, 5, 2), point<double>(1, 5, 2)};
     v.loadDirectData(pts.data(), 3);
     decomposeQuietly(v, 1, 1, 1);
-    const auto& g = v.engine().grid.parameters;
+    const auto& g = vxtest::engine(v).grid.parameters;
     EXPECT_EQ(g.cellsX, 1);
     EXPECT_EQ(g.cellsY, 1);
     EXPECT_EQ(g.cellsZ, 1);
@@ -82,7 +82,7 @@ TEST_P(Decomposition, PlanarGridIsOneLayerTallerThanTheCloud)
         CaptureStdout quiet;
         v.regularGridDecomposition2D(1, 1);
     }
-    const auto& g = v.engine().grid.parameters;
+    const auto& g = vxtest::engine(v).grid.parameters;
     EXPECT_EQ(g.cellsZ, 1);
     EXPECT_EQ(g.sizeZ, 130.f);
 }
@@ -94,7 +94,7 @@ TEST_P(Decomposition, OnePointCloudHasOneRun)
     std::vector<VX_Point<float>> pts{point<float>(3, 4, 5)};
     v.loadDirectData(pts.data(), 1);
     decomposeQuietly(v, 1, 1, 1);
-    const auto& e = v.engine();
+    const auto& e = vxtest::engine(v);
     ASSERT_EQ(e.grid.groupCount, 1);
     if (GetParam().soa) {
         EXPECT_EQ(e.grid.hostFields.start[0], 0);
@@ -115,7 +115,7 @@ TEST_P(Decomposition, PointsOfOneCellKeepAscendingIndexOrder)
     v.loadDirectData(pts.data(), 5000);
     decomposeQuietly(v, 2, 2, 2);
     std::vector<int> idx, grp;
-    hostLinks(v.engine(), GetParam().soa, idx, grp);
+    hostLinks(vxtest::engine(v), GetParam().soa, idx, grp);
     ASSERT_EQ(idx.size(), 5000u);
     for (size_t j = 1; j < idx.size(); ++j) {
         ASSERT_LE(grp[j - 1], grp[j]);
@@ -132,7 +132,7 @@ TEST_P(Decomposition, RunsCoverTheSortedLinksExactly)
     auto pts = randomCloud<double>(3000, 30, 10, 8, 5);
     v.loadDirectData(pts.data(), 3000);
     decomposeQuietly(v, 1.5, 1.5, 1.5);
-    const auto& e = v.engine();
+    const auto& e = vxtest::engine(v);
     const bool soa = GetParam().soa;
     long total = 0;
     for (int c = 0; c < e.grid.groupCount; ++c) {
@@ -203,7 +203,7 @@ TEST_P(Decomposition, NotEnoughMemoryGrowsEveryEdgeByHalfAUnit)
     pts[0].x = -50, pts[1].x = 50, pts[0].y = -50, pts[1].y = 50, pts[0].z = 0, pts[1].z = 0.5f;
     v.loadDirectData(pts.data(), 100);
     // 101 x 101 x 1 cells need 122,412 + 800 bytes; allow 80 % of 100,000 so the grid must grow.
-    v.engine().freeMemoryCap = 100000;
+    vxtest::engine(v).freeMemoryCap = 100000;
     CaptureStdout out;
     v.regularGridDecomposition3D(1.0, 1.0, 1.0);
     auto lines = out.lines();
@@ -213,13 +213,13 @@ TEST_P(Decomposition, NotEnoughMemoryGrowsEveryEdgeByHalfAUnit)
             grow.push_back(l);
     ASSERT_FALSE(grow.empty());
     EXPECT_EQ(grow[0], "Not enough memory, increasing groups size:  1.5");
-    const auto& g = v.engine().grid.parameters;
+    const auto& g = vxtest::engine(v).grid.parameters;
     const double edge = 1.0 + 0.5 * grow.size();
     EXPECT_EQ(grow.back(), "Not enough memory, increasing groups size:  " + vx::toText(edge));
     EXPECT_FLOAT_EQ(g.sizeX, float(edge));
     EXPECT_FLOAT_EQ(g.sizeY, float(edge));
     EXPECT_FLOAT_EQ(g.sizeZ, float(edge));
-    EXPECT_LE(100 * 8 + v.engine().grid.groupCount * 12, 80000);
+    EXPECT_LE(100 * 8 + vxtest::engine(v).grid.groupCount * 12, 80000);
 }
 
 TEST_P(Decomposition, HugeExtentNeverWrapsTheCellCount)
@@ -229,9 +229,9 @@ TEST_P(Decomposition, HugeExtentNeverWrapsTheCellCount)
     std::vector<VX_Point<double>> pts{point<double>(-1e9, -1e9, 0), point<double>(1e9, 1e9, 1e6),
                                       point<double>(0, 0, 0)};
     v.loadDirectData(pts.data(), 3);
-    v.engine().freeMemoryCap = 1 << 20;
+    vxtest::engine(v).freeMemoryCap = 1 << 20;
     decomposeQuietly(v, 0.01, 0.01, 0.01);
-    const auto& e = v.engine();
+    const auto& e = vxtest::engine(v);
     EXPECT_GT(e.grid.groupCount, 0);
     EXPECT_LE(3 * 8 + static_cast<double>(e.grid.groupCount) * 12, 0.8 * (1 << 20));
     EXPECT_EQ(static_cast<long long>(e.grid.parameters.cellsX) * e.grid.parameters.cellsY *
@@ -248,7 +248,7 @@ TEST_P(Decomposition, AbsurdCellEdgesAreRefused)
     CaptureStdout out;
     v.regularGridDecomposition3D(0.0, 1.0, 1.0);
     EXPECT_EQ(out.lines().at(0).rfind("ERROR! Cell edges must be positive and finite", 0), 0u);
-    EXPECT_EQ(v.engine().grid.groupCount, 0);
+    EXPECT_EQ(vxtest::engine(v).grid.groupCount, 0);
 }
 
 TEST_P(Decomposition, HostKeepsThePointsInInputOrder)
@@ -285,8 +285,8 @@ TEST(DecompositionLayouts, FieldAndRecordLayoutsGiveIdenticalLinksAndRuns)
         soa.loadDirectData(pts.data(), s.n);
         decomposeQuietly(aos, s.edge, s.edge, s.edge);
         decomposeQuietly(soa, s.edge, s.edge, s.edge);
-        const auto& a = aos.engine();
-        const auto& b = soa.engine();
+        const auto& a = vxtest::engine(aos);
+        const auto& b = vxtest::engine(soa);
         ASSERT_EQ(a.grid.groupCount, b.grid.groupCount);
         for (int j = 0; j < s.n; ++j) {
             ASSERT_EQ(a.grid.hostIndex[j].pointIndex, b.grid.hostFields.pointIndex[j]);
@@ -307,7 +307,7 @@ TEST(DecompositionLayouts, FieldLayoutUploadsRecordsAndFieldArrays)
     auto pts = randomCloud<float>(64, 4, 4, 4, 8);
     v.loadDirectData(pts.data(), 64);
     decomposeQuietly(v, 1, 1, 1);
-    const auto& e = v.engine();
+    const auto& e = vxtest::engine(v);
     EXPECT_EQ(e.store.deviceRecords.size(), 64u);
     EXPECT_EQ(e.store.deviceFields.x.size(), 64u);
     EXPECT_EQ(e.store.deviceFields.classification.size(), 64u);

@@ -85,7 +85,7 @@ template <class T> struct FieldPasses {
         load<T>(v, Setting{"cpu", true}, pts, cell);
     }
     void allow(std::initializer_list<int> admitted) { groundtest::allow(v, admitted); }
-    ClassifierCore<T>& c() { return v.engine(); }
+    ClassifierCore<T>& c() { return vxtest::engine(v); }
     vx::GrowthParams<T> params()
     {
         const auto& p = c().par;

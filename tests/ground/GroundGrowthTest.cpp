@@ -32,7 +32,7 @@ template <class T> void growsUntilNothingChanges(const Setting& s)
     allow(v, {1});
     EXPECT_EQ(grow(v, 2), loopLines({1, 1, 1, 1, 1, 1, 1, 1, 1, 0}));
     EXPECT_EQ(classes(v), std::vector<int>(10, 2));
-    EXPECT_EQ(v.engine().slots.TargetClass, 2);
+    EXPECT_EQ(vxtest::engine(v).slots.TargetClass, 2);
 }
 
 template <class T> void stopsAtTheIterationLimit(const Setting& s)
@@ -75,7 +75,7 @@ template <class T> void grownClassIsTheCallsArgument(const Setting& s)
     // GroundClass keeps its 2, but the call grows class 5: the class 2 point is no ground for it.
     EXPECT_EQ(grow(v, 5), loopLines({0}));
     EXPECT_EQ(classes(v), (std::vector<int>{2, 1, 1, 1, 1, 1, 1, 1, 1, 1}));
-    EXPECT_EQ(v.engine().slots.GroundClass, 2);
+    EXPECT_EQ(vxtest::engine(v).slots.GroundClass, 2);
 
     Vexaro<T> w;
     load<T>(w, s, row<T>(5), 2.0, false, 2);

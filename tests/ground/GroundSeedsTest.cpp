@@ -36,7 +36,7 @@ template <class T> void seedRules(const Setting& s)
     CaptureStdout out;
     v.findGroundSeed(5);
     EXPECT_EQ(classes(v), (std::vector<int>{5, 1, 1, 1, 1, 5, 9, 5, 5}));
-    EXPECT_EQ(v.engine().slots.GroundClass, 5);
+    EXPECT_EQ(vxtest::engine(v).slots.GroundClass, 5);
 }
 
 template <class T> void defaultThreshold(const Setting& s)
@@ -49,7 +49,7 @@ template <class T> void defaultThreshold(const Setting& s)
     EXPECT_EQ(classes(v), (std::vector<int>{2, 1, 2}));
     // Another class moves the ground class of the following steps along.
     v.findGroundSeed(3);
-    EXPECT_EQ(v.engine().slots.GroundClass, 3);
+    EXPECT_EQ(vxtest::engine(v).slots.GroundClass, 3);
     EXPECT_EQ(classes(v), (std::vector<int>{3, 1, 3}));
 }
 

@@ -108,7 +108,7 @@ template <class T> void modelIsKeptAndReplacedByTheNextCall(const Setting& s)
              point<T>(T(0.75), T(0.5), T(0.25), 2, 1, 0, T(0.5), T(0.75)), up<T>(T(1.5), T(0.5), -5, 8)},
             1.0, true);
     correct(v);
-    auto& c = v.engine();
+    auto& c = vxtest::engine(v);
     const auto& model = c.stepStates.template get<vx::GroundModelState<T>>();
     ASSERT_EQ(c.grid.groupCount, 2);
     struct Cell {
@@ -157,14 +157,14 @@ template <class T> void tooLittleMemoryAborts(const Setting& s)
     Vexaro<T> v;
     load<T>(v, s, {up<T>(T(0.5), T(0.5), 0, 2), up<T>(T(1.5), T(0.5), T(-0.5), 8)}, 1.0, true, 0);
     const std::size_t need = 2 * sizeof(VX_GroundModel<T>);
-    v.engine().freeMemoryCap = need; // the need must lie strictly below the free memory
+    vxtest::engine(v).freeMemoryCap = need; // the need must lie strictly below the free memory
     EXPECT_EQ(correct(v), (Lines{"Threads:  256", "Blocks:  1",
                                  "ERROR! Low point correction aborted - too little memory! "}));
     EXPECT_EQ(classes(v), (std::vector<int>{2, 8}));
-    const auto& model = v.engine().stepStates.template get<vx::GroundModelState<T>>();
+    const auto& model = vxtest::engine(v).stepStates.template get<vx::GroundModelState<T>>();
     EXPECT_TRUE(model.groundModel.empty());
     EXPECT_TRUE(model.groundModelSoA.x.empty());
-    v.engine().freeMemoryCap = need + 1;
+    vxtest::engine(v).freeMemoryCap = need + 1;
     EXPECT_EQ(correct(v), (Lines{"Threads:  256", "Blocks:  1"}));
     EXPECT_EQ(classes(v), (std::vector<int>{2, 1}));
 }
@@ -180,7 +180,7 @@ template <class T> void cellsBeyondThePointLaunchAreNotProcessed(const Setting& 
     const Lines lines = correct(v);
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines[1], "Blocks:  " + std::to_string(3 / threads + 1));
-    EXPECT_EQ(v.engine().grid.groupCount, 11);
+    EXPECT_EQ(vxtest::engine(v).grid.groupCount, 11);
     EXPECT_EQ(classes(v), (std::vector<int>{2, 2, threads == 1 ? 1 : 8}));
 }
 
@@ -190,7 +190,7 @@ template <class T> void deviceErrorIsReported(const Setting& s)
     load<T>(v, s, {up<T>(T(0.5), T(0.5), 0, 2), up<T>(T(1.5), T(0.5), -5, 8)}, 1.0, true, 1);
     std::vector<int> codes;
     v.setDeviceErrorHandler([&](int code) { codes.push_back(code); });
-    v.engine().pendingError = 77;
+    vxtest::engine(v).pendingError = 77;
     EXPECT_EQ(correct(v), (Lines{"Threads:  256", "Blocks:  1", "ERROR! CUDA returned code:  77"}));
     EXPECT_EQ(codes, std::vector<int>{77});
     EXPECT_EQ(classes(v), (std::vector<int>{2, 8}));

@@ -27,8 +27,8 @@ template <class T> void zeroNormalsOfAdmittedPointsOnly(const Setting& s)
     CaptureStdout out;
     v.gatherLowPoints(7, 2);
     EXPECT_EQ(classes(v), (std::vector<int>{7, 7, 1, 1, 1, 9, 7}));
-    EXPECT_EQ(v.engine().slots.TargetClass, 7);
-    EXPECT_EQ(v.engine().slots.GroundClass, 2);
+    EXPECT_EQ(vxtest::engine(v).slots.TargetClass, 7);
+    EXPECT_EQ(vxtest::engine(v).slots.GroundClass, 2);
 }
 
 template <class T> void messages(const Setting& s)

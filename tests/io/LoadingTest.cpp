@@ -19,7 +19,7 @@ TEST(Loading, CoordinatesAreCentredOnTheBoundingBox)
     EXPECT_DOUBLE_EQ(p[1].y, 0.0);
     EXPECT_DOUBLE_EQ(p[0].z, -2.0);
     EXPECT_DOUBLE_EQ(p[2].z, 2.0);
-    EXPECT_TRUE(v.engine().dataLoaded);
+    EXPECT_TRUE(vxtest::engine(v).dataLoaded);
 }
 
 TEST(Loading, LastReturnFlagComparesReturnNumberWithNumberOfReturns)
@@ -116,7 +116,7 @@ TEST(Loading, UnreadableFileThrowsAndKeepsTheCloud)
     v.loadDirectData(pts.data(), 2);
     EXPECT_THROW(v.loadLASFile(path), vexaro::LasError);
     EXPECT_EQ(classes(v), (std::vector<int>{4, 8}));
-    EXPECT_TRUE(v.engine().dataLoaded);
+    EXPECT_TRUE(vxtest::engine(v).dataLoaded);
 }
 
 TEST(Loading, DirectDataIsTakenAsItIsAndQuietly)

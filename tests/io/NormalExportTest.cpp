@@ -46,7 +46,7 @@ TEST(NormalExport, NormalsAreWrittenAsStored)
     v.setFacadeMessageLevel(0);
     v.loadLASFile(in);
     // Give the records known normals through the engine's host copy.
-    auto& hp = v.engine().store.records;
+    auto& hp = vxtest::engine(v).store.records;
     hp[1].nx = 0.6f, hp[1].ny = 0.f, hp[1].nz = 0.8f;
     const auto base = scratchPath("normals");
     CaptureStdout captured;

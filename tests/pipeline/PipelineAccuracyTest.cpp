@@ -156,15 +156,15 @@ TEST(RecommendedParameters, ReplaceOnlyTheLibraryDefaults)
     Vexaro<float> v;
     v.set_VegetationRange(1.5f);
     applyRecommendedParameters(v);
-    EXPECT_FLOAT_EQ(v.engine().par.VegetationRange, 1.5f) << "a value set before the pipeline wins";
-    EXPECT_FLOAT_EQ(v.engine().par.GroundGrowthRangeLowest, 0.0f);
-    EXPECT_FLOAT_EQ(v.engine().par.GroundGrowthDistanceFromPlane, 0.1f);
+    EXPECT_FLOAT_EQ(vxtest::engine(v).par.VegetationRange, 1.5f) << "a value set before the pipeline wins";
+    EXPECT_FLOAT_EQ(vxtest::engine(v).par.GroundGrowthRangeLowest, 0.0f);
+    EXPECT_FLOAT_EQ(vxtest::engine(v).par.GroundGrowthDistanceFromPlane, 0.1f);
 }
 
 TEST(RecommendedParameters, TableHoldsTheLibraryDefaults)
 {
     Vexaro<double> v;
-    const auto& par = v.engine().par;
+    const auto& par = vxtest::engine(v).par;
     for (const auto& r : recommendedParameters()) {
         const std::string name = r.name;
         const double library = name == "GroundGrowthRangeLowest"         ? par.GroundGrowthRangeLowest
