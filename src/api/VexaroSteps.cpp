@@ -5,12 +5,12 @@
 
 using vx::Messenger;
 
-
 template <class T> template <class Driver> void Vexaro<T>::runStep(const char* modeKind, Driver&& driver)
 {
     const bool aosOnly = std::string(modeKind) == "aos-only";
     if (soa) {
-        if (!aosOnly) facadeMessage(0, "SOA");
+        if (!aosOnly)
+            facadeMessage(0, "SOA");
     } else {
         facadeMessage(0, "AOS");
     }
@@ -22,7 +22,7 @@ template <class T> template <class Driver> void Vexaro<T>::runStep(const char* m
     core->syncToHost();
 }
 
-#define VX_STEP(hostFn, cudaFn)                                                                                        \
+#define VX_STEP(hostFn, cudaFn)                                                                              \
     core->run([](auto& c) { vx::host::hostFn(c); }, [](auto& c) { vx::cuda::cudaFn(c); })
 
 template <class T> void Vexaro<T>::calculateNormalVectors(int planarClass, int scatterClass, int linearClass)
@@ -31,16 +31,20 @@ template <class T> void Vexaro<T>::calculateNormalVectors(int planarClass, int s
         facadeMessage(0, "ERROR! Data not loaded!");
         return;
     }
+    if (!parametersValidFor(vexaro::Normals))
+        return;
     // Unset, the cells are as large as the neighbour search so the search sees every neighbour.
-    double size = normalVectorDecompositionSize > 0.0 ? normalVectorDecompositionSize
-                                                      : static_cast<double>(core->par.NNSearchRange_NormalVectors);
+    double size = normalVectorDecompositionSize > 0.0
+                      ? normalVectorDecompositionSize
+                      : static_cast<double>(core->par.NNSearchRange_NormalVectors);
     core->decompose(size, size, size);
     core->syncToHost();
     core->slots.TargetClass = planarClass;
     core->slots.TargetClass2 = scatterClass;
     core->slots.TargetClass3 = linearClass;
     runStep("both", [&] { VX_STEP(runNormals, runNormals); });
-    if (autoSaveNormals) saveNormalVectors(baseName);
+    if (autoSaveNormals)
+        saveNormalVectors(baseName);
     normalsComputed = true;
 }
 
@@ -50,7 +54,10 @@ template <class T> void Vexaro<T>::regularGridDecomposition3D(double sx, double 
     core->syncToHost();
 }
 
-template <class T> void Vexaro<T>::regularGridDecomposition3Dcube(double s) { regularGridDecomposition3D(s, s, s); }
+template <class T> void Vexaro<T>::regularGridDecomposition3Dcube(double s)
+{
+    regularGridDecomposition3D(s, s, s);
+}
 
 template <class T> void Vexaro<T>::regularGridDecomposition2D(double sx, double sy)
 {
@@ -59,6 +66,8 @@ template <class T> void Vexaro<T>::regularGridDecomposition2D(double sx, double 
 
 template <class T> void Vexaro<T>::resetPointCloudClasses(int newClass)
 {
+    if (!parametersValidFor(vexaro::Reset))
+        return;
     core->slots.TargetClass = newClass;
     runStep("both", [&] { VX_STEP(runResetClasses, runResetClasses); });
 }
@@ -78,20 +87,27 @@ template <class T> void Vexaro<T>::calculateHeightIndex(int referenceClass)
 
 template <class T> void Vexaro<T>::findGroundSeed(int groundClass)
 {
+    if (!parametersValidFor(vexaro::GroundSeeds))
+        return;
     core->slots.GroundClass = groundClass;
     runStep("both", [&] { VX_STEP(runGroundSeeds, runGroundSeeds); });
 }
 
 template <class T> void Vexaro<T>::performIterativeGroundGrowth(int groundClass)
 {
+    if (!parametersValidFor(vexaro::GroundGrowth))
+        return;
     core->slots.TargetClass = groundClass;
     runStep("both", [&] { VX_STEP(runGroundGrowth, runGroundGrowth); });
 }
 
 template <class T> void Vexaro<T>::performGroundCorrection(int) {}
 
-template <class T> void Vexaro<T>::performLowPointCorrection(int groundClass, int candidateClass, int replacementClass)
+template <class T>
+void Vexaro<T>::performLowPointCorrection(int groundClass, int candidateClass, int replacementClass)
 {
+    if (!parametersValidFor(vexaro::LowPointCorrection))
+        return;
     core->slots.GroundClass = groundClass;
     core->slots.ReferenceClass = candidateClass;
     core->slots.TargetClass = replacementClass;
@@ -101,6 +117,8 @@ template <class T> void Vexaro<T>::performLowPointCorrection(int groundClass, in
 template <class T>
 void Vexaro<T>::findBuildingSeed(int buildingClass, int groundClass, int sourceClass, int companionClass)
 {
+    if (!parametersValidFor(vexaro::BuildingSeeds))
+        return;
     core->slots.TargetClass = buildingClass;
     core->slots.GroundClass = groundClass;
     core->slots.NeighbourPlaneClass = sourceClass;
@@ -109,8 +127,11 @@ void Vexaro<T>::findBuildingSeed(int buildingClass, int groundClass, int sourceC
 }
 
 template <class T>
-void Vexaro<T>::performIterativeBuildingGrowth(int buildingClass, int groundClass, int sourceClass, int companionClass)
+void Vexaro<T>::performIterativeBuildingGrowth(int buildingClass, int groundClass, int sourceClass,
+                                               int companionClass)
 {
+    if (!parametersValidFor(vexaro::BuildingGrowth))
+        return;
     core->slots.TargetClass = buildingClass;
     core->slots.GroundClass = groundClass;
     core->slots.NeighbourPlaneClass = sourceClass;
@@ -122,6 +143,8 @@ template <class T>
 void Vexaro<T>::performVegetationClassification(int lowVegetationClass, int mediumVegetationClass,
                                                 int highVegetationClass, int groundClass, int)
 {
+    if (!parametersValidFor(vexaro::Vegetation))
+        return;
     core->slots.TargetClass = lowVegetationClass;
     core->slots.TargetClass2 = mediumVegetationClass;
     core->slots.TargetClass3 = highVegetationClass;
@@ -131,20 +154,20 @@ void Vexaro<T>::performVegetationClassification(int lowVegetationClass, int medi
 
 #undef VX_STEP
 
-#define VX_INSTANTIATE_FACADE_STEPS(T)                                                                                 \
-    template void Vexaro<T>::calculateNormalVectors(int, int, int);                                                    \
-    template void Vexaro<T>::regularGridDecomposition3D(double, double, double);                                       \
-    template void Vexaro<T>::regularGridDecomposition3Dcube(double);                                                   \
-    template void Vexaro<T>::regularGridDecomposition2D(double, double);                                               \
-    template void Vexaro<T>::resetPointCloudClasses(int);                                                              \
-    template void Vexaro<T>::gatherLowPoints(int, int);                                                                \
-    template void Vexaro<T>::calculateHeightIndex(int);                                                                \
-    template void Vexaro<T>::findGroundSeed(int);                                                                      \
-    template void Vexaro<T>::performIterativeGroundGrowth(int);                                                        \
-    template void Vexaro<T>::performGroundCorrection(int);                                                             \
-    template void Vexaro<T>::performLowPointCorrection(int, int, int);                                                 \
-    template void Vexaro<T>::findBuildingSeed(int, int, int, int);                                                     \
-    template void Vexaro<T>::performIterativeBuildingGrowth(int, int, int, int);                                       \
+#define VX_INSTANTIATE_FACADE_STEPS(T)                                                                       \
+    template void Vexaro<T>::calculateNormalVectors(int, int, int);                                          \
+    template void Vexaro<T>::regularGridDecomposition3D(double, double, double);                             \
+    template void Vexaro<T>::regularGridDecomposition3Dcube(double);                                         \
+    template void Vexaro<T>::regularGridDecomposition2D(double, double);                                     \
+    template void Vexaro<T>::resetPointCloudClasses(int);                                                    \
+    template void Vexaro<T>::gatherLowPoints(int, int);                                                      \
+    template void Vexaro<T>::calculateHeightIndex(int);                                                      \
+    template void Vexaro<T>::findGroundSeed(int);                                                            \
+    template void Vexaro<T>::performIterativeGroundGrowth(int);                                              \
+    template void Vexaro<T>::performGroundCorrection(int);                                                   \
+    template void Vexaro<T>::performLowPointCorrection(int, int, int);                                       \
+    template void Vexaro<T>::findBuildingSeed(int, int, int, int);                                           \
+    template void Vexaro<T>::performIterativeBuildingGrowth(int, int, int, int);                             \
     template void Vexaro<T>::performVegetationClassification(int, int, int, int, int);
 VX_INSTANTIATE_FACADE_STEPS(float)
 VX_INSTANTIATE_FACADE_STEPS(double)
