@@ -9,6 +9,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "VexaroParameters.h"
+
 #if defined(_WIN32)
 #define VEXARO_API __declspec(dllexport)
 #else
@@ -34,8 +36,8 @@ public:
 
 /// One point as exchanged with the library: 36 bytes for float, 64 for double.
 template <class T> struct VX_Point {
-    T x, y, z;       ///< coordinates, centred on the cloud's bounding box when loaded from LAS
-    T nx, ny, nz;    ///< unit normal, exactly (0, 0, 0) when none could be computed
+    T x, y, z;         ///< coordinates, centred on the cloud's bounding box when loaded from LAS
+    T nx, ny, nz;      ///< unit normal, exactly (0, 0, 0) when none could be computed
     float heightIndex; ///< relative height inside the point's cell
     int32_t classification;
     int32_t lastReturn; ///< 1 when the return is the last of its pulse
@@ -90,45 +92,21 @@ public:
     void setFacadeMessageLevel(int level);
 
     // --- parameters ---
-    void set_NNSearchRange_NormalVectors(float v);
-    void set_Inner_NormalVectors(int v);
-    void set_MinimalNumberOfNN(int v);
-    void set_ResetOptionalRange(T v);
-    void set_ResetOptionalClass(int v);
-    void set_SeedSearchMaxHindeks(float v);
-    void set_GroundGrowthIterations(int v);
-    void set_GroundGrowthDistanceFromPlane(T v);
-    void set_GroundGrowthMaxCosinusPar2(float v);
-    void set_GroundGrowthMinCosinus(float v);
-    void set_GroundGrowthRange(T v);
-    void set_GroundGrowthRangeLowest(T v);
-    void set_GroundGrowthMaxHeightDifference(T v);
-    void set_LowPointFilteringRange(T v);
-    void set_BuildingRange(T v);
-    void set_BuildingGroundRange(T v);
-    void set_BuildingDfPBuilding(T v);
-    void set_BuildingMinCosBuilding(float v);
-    void set_BuildingMinNoN(int v);
-    void set_BuildingProcOfBP(float v);
-    void set_BuildingProcOfGhosts(float v);
-    void set_BuildingMinHeight(T v);
-    void set_Building2Iterations(int v);
-    void set_Building2Range(T v);
-    void set_Building2DistFPlane(T v);
-    void set_Building3Iterations(int v);
-    void set_Building3GroundRange(T v);
-    void set_Building3DetailsHeight(T v);
-    void set_VegetationIterations(int v);
-    void set_VegetationRange(T v);
-    void set_VegetationDfG(T v);
-    void set_VegetationMaxCos(float v);
-    void set_VegetationProcOfChaos(float v);
-    void set_VegetationProcOfGhosts(float v);
-    void set_VegetationProcOfOrder(float v);
-    void set_VegetationProcOfPlant(float v);
-    void set_VegetationLowLimit(T v);
-    void set_VegetationHighLimit(T v);
-    void set_VegetationRatio(float v);
+    // For every entry of VEXARO_PARAMETERS (VexaroParameters.h: kind, default, unit, valid
+    // range, help, steps that read it): set_<Name> stores the value as given, whatever it is
+    // (a step checks its parameters before it runs), and get_<Name> returns the stored value.
+#define VEXARO_DECLARE_PARAMETER(Name, Field, Kind, ...)                                                     \
+    void set_##Name(VEXARO_PARAMETER_ARG_##Kind v);                                                          \
+    VEXARO_PARAMETER_TYPE_##Kind get_##Name() const;
+    VEXARO_PARAMETERS(VEXARO_DECLARE_PARAMETER)
+#undef VEXARO_DECLARE_PARAMETER
+
+    /// How far the ground, building and vegetation steps look with the current parameters: the
+    /// largest Reach x value over VEXARO_PARAMETERS (2 with the defaults).
+    double rangeGridCellSize() const;
+    /// regularGridDecomposition2D with square columns of rangeGridCellSize(), so that a point's
+    /// own and adjacent columns hold every neighbour the later steps search for.
+    void regularGridDecomposition2DFromRanges();
 
     // --- processing steps ---
     void calculateNormalVectors(int planarClass, int scatterClass, int linearClass);
@@ -167,6 +145,7 @@ private:
     double normalVectorDecompositionSize = 0.0;
 
     template <class Driver> void runStep(const char* mode, Driver&& driver);
+    bool parametersValidFor(unsigned steps);
     void facadeMessage(int level, const std::string& text, const std::string& value = "");
 };
 

@@ -45,6 +45,8 @@ int dispatch(const Arguments& args)
         return evalCommand(rest);
     if (command == "devices")
         return devicesCommand(rest);
+    if (command == "params")
+        return paramsCommand(rest);
     if (command.size() > 1 && command[0] == '-')
         throw UsageError("unknown option '" + command + "' (see 'vexaro --help')");
     throw UsageError("unknown command '" + command + "' (see 'vexaro --help')");

@@ -14,6 +14,7 @@ int demoCommand(const Arguments& args);
 int infoCommand(const Arguments& args);
 int evalCommand(const Arguments& args);
 int devicesCommand(const Arguments& args);
+int paramsCommand(const Arguments& args);
 
 /// Help text of a command, or the general help for "".
 std::string helpText(const std::string& command);

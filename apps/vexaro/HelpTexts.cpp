@@ -22,6 +22,7 @@ const char* kGeneral =
     "  info FILE.las                      header, bounds and class histogram of a LAS file\n"
     "  eval REFERENCE.las CLASSIFIED.las  accuracy of a classification against a reference\n"
     "  devices                            compute devices and the backend that would be used\n"
+    "  params [--markdown]                the parameters: names, defaults, valid values, help\n"
     "\n"
     "Options:\n"
     "  -h, --help     this help; 'vexaro COMMAND --help' describes a command\n"
@@ -89,6 +90,15 @@ const char* kDevices =
     "Options:\n"
     "  -h, --help             this help\n";
 
+const char* kParams = "Usage: vexaro params [--markdown]\n"
+                      "\n"
+                      "Lists the parameters that --set and --params take. With --markdown, the library's\n"
+                      "parameters as the Markdown table of docs/parameters.md.\n"
+                      "\n"
+                      "Options:\n"
+                      "  --markdown     the Markdown document\n"
+                      "  -h, --help     this help\n";
+
 } // namespace
 
 std::string helpText(const std::string& command)
@@ -106,6 +116,8 @@ std::string helpText(const std::string& command)
         return kEval;
     if (command == "devices")
         return kDevices;
+    if (command == "params")
+        return kParams;
     return kGeneral;
 }
 

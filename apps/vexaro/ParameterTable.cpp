@@ -1,5 +1,7 @@
 #include "ParameterTable.h"
 
+#include "ParameterText.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cmath>
@@ -20,23 +22,24 @@ struct Entry {
     void (*toDouble)(Vexaro<double>&, double);
     void (*toOptions)(PipelineOptions&, double);
     Limit limit;
-    double reach = 0; ///< for a search range of the later steps: how far it looks, per unit
 };
 
-// A setter of the library, for both precisions; the argument is converted to the setter's type.
-#define VX_REAL(Name, Group, Help)                                                                           \
-    Entry                                                                                                    \
-    {                                                                                                        \
-        {#Name, ValueKind::Real, Group, Help}, [](Vexaro<float>& v, double x) { v.set_##Name(x); },          \
-            [](Vexaro<double>& v, double x) { v.set_##Name(x); }, nullptr, Limit::None                       \
-    }
-// A search range of the ground, building or vegetation steps: the grid's columns follow it.
-#define VX_RANGE(Name, Group, Help, Reach)                                                                   \
-    Entry                                                                                                    \
-    {                                                                                                        \
-        {#Name, ValueKind::Real, Group, Help}, [](Vexaro<float>& v, double x) { v.set_##Name(x); },          \
-            [](Vexaro<double>& v, double x) { v.set_##Name(x); }, nullptr, Limit::None, Reach                \
-    }
+// The library's parameters, from their declaration. The tool takes any number for them: the
+// library's steps refuse values outside the declared limits.
+#define VX_LIBRARY_ENTRY(Name, Field, Kind, Default, Unit, Min, Max, Group, Steps, Reach, Help)              \
+    Entry{{#Name, vexaro::isWholeNumber(vexaro::ParameterKind::Kind) ? ValueKind::Integer : ValueKind::Real, \
+           Group, libraryHelp(#Name)},                                                                       \
+          [](Vexaro<float>& v, double x) {                                                                   \
+              using T [[maybe_unused]] = float;                                                              \
+              v.set_##Name(static_cast<VEXARO_PARAMETER_ARG_##Kind>(x));                                     \
+          },                                                                                                 \
+          [](Vexaro<double>& v, double x) {                                                                  \
+              using T [[maybe_unused]] = double;                                                             \
+              v.set_##Name(static_cast<VEXARO_PARAMETER_ARG_##Kind>(x));                                     \
+          },                                                                                                 \
+          nullptr,                                                                                           \
+          Limit::None},
+
 #define VX_INT(Name, Group, Help)                                                                            \
     Entry                                                                                                    \
     {                                                                                                        \
@@ -45,55 +48,19 @@ struct Entry {
             [](Vexaro<double>& v, double x) { v.set_##Name(static_cast<int>(x)); }, nullptr, Limit::None     \
     }
 
+/// A library parameter's line: its help, default and limits.
+std::string libraryHelp(const char* name)
+{
+    for (const auto& p : vexaro::parameterInfos)
+        if (std::string(p.name) == name)
+            return std::string(p.help) + " (" + parameterDefaultText(p) + "; " + parameterLimitsText(p) + ")";
+    return "";
+}
+
 const std::vector<Entry>& table()
 {
     static const std::vector<Entry> entries = {
-        VX_REAL(NNSearchRange_NormalVectors, "normals", "search radius of the normal vectors (1.5)"),
-        VX_INT(Inner_NormalVectors, "normals", "a cell's points are sampled down to about this many (1000)"),
-        VX_INT(MinimalNumberOfNN, "normals", "fewest neighbours for a normal (3)"),
-        VX_RANGE(ResetOptionalRange, "reset",
-                 "class resets only near ResetOptionalClass points within this range (0: off)", 1),
-        VX_INT(ResetOptionalClass, "reset", "class that ResetOptionalRange looks for (0)"),
-        VX_REAL(SeedSearchMaxHindeks, "ground", "largest height index of a ground seed (0.001)"),
-        VX_INT(GroundGrowthIterations, "ground", "most ground growth iterations (50)"),
-        VX_REAL(GroundGrowthDistanceFromPlane, "ground",
-                "largest distance from a ground point's plane (0.05)"),
-        VX_REAL(GroundGrowthMaxCosinusPar2, "ground",
-                "sets GroundGrowthDistanceFromPlane, as the library wires it"),
-        VX_REAL(GroundGrowthMinCosinus, "ground", "least cosine between neighbouring ground normals (0.99)"),
-        VX_RANGE(GroundGrowthRange, "ground", "search radius of the ground growth (1.5)", 1),
-        VX_REAL(GroundGrowthRangeLowest, "ground", "plan radius of the above-plane test (0.5; 0: off)"),
-        VX_REAL(GroundGrowthMaxHeightDifference, "ground", "largest rise above the ground neighbour (0.3)"),
-        VX_REAL(LowPointFilteringRange, "ground", "depth below the ground that confirms a low point (1.0)"),
-        VX_RANGE(BuildingRange, "building", "search radius of the building seeds (1.5)", 1),
-        VX_RANGE(BuildingGroundRange, "building", "no ground point within this plan radius of a seed (2.0)",
-                 1),
-        VX_REAL(BuildingDfPBuilding, "building", "largest distance from the roof plane (0.2)"),
-        VX_REAL(BuildingMinCosBuilding, "building", "least cosine between roof normals (0.9)"),
-        VX_INT(BuildingMinNoN, "building", "fewest neighbours of a seed (5)"),
-        VX_REAL(BuildingProcOfBP, "building", "least share of neighbours on the roof plane (0.5)"),
-        VX_REAL(BuildingProcOfGhosts, "building", "largest share of non-last returns (0.2)"),
-        VX_REAL(BuildingMinHeight, "building", "least height above the ground (1.8)"),
-        VX_INT(Building2Iterations, "building", "building growth iterations (10)"),
-        VX_RANGE(Building2Range, "building", "search radius of the building growth (1.5)", 1),
-        VX_REAL(Building2DistFPlane, "building", "largest distance from the roof plane when growing (0.4)"),
-        VX_INT(Building3Iterations, "building", "stored, read by no step (3)"),
-        VX_RANGE(Building3GroundRange, "building", "plan radius of the ground test when closing (1.0)", 2),
-        VX_REAL(Building3DetailsHeight, "building", "roof details up to this height join (0.4)"),
-        VX_INT(VegetationIterations, "vegetation", "iterations of the two spreading passes (10)"),
-        VX_RANGE(VegetationRange, "vegetation", "search radius of the vegetation step (2.0)", 1),
-        VX_REAL(VegetationDfG, "vegetation", "plane distance that makes a neighbour chaotic (0.3)"),
-        VX_REAL(VegetationMaxCos, "vegetation", "normal cosine below which a neighbour is chaotic (0.9)"),
-        VX_REAL(VegetationProcOfChaos, "vegetation", "least share of chaotic neighbours (0.5)"),
-        VX_REAL(VegetationProcOfGhosts, "vegetation",
-                "share of non-last returns that marks vegetation (0.5)"),
-        VX_REAL(VegetationProcOfOrder, "vegetation", "largest share of planar points (0.5)"),
-        VX_REAL(VegetationProcOfPlant, "vegetation", "least share of vegetation neighbours (0.5)"),
-        VX_REAL(VegetationLowLimit, "vegetation", "low/medium vegetation limit, metres above ground (0.4)"),
-        VX_REAL(VegetationHighLimit, "vegetation", "medium/high vegetation limit, metres above ground (2.0)"),
-        VX_REAL(VegetationRatio, "vegetation",
-                "weight of the vegetation plane against the ground plane (0.5)"),
-        VX_INT(Threads, "run", "threads per block (256)"),
+        VEXARO_PARAMETERS(VX_LIBRARY_ENTRY) VX_INT(Threads, "run", "threads per block (256)"),
         Entry{{"HostThreads", ValueKind::Integer, "run", "CPU backend threads (0: every core)"},
               [](Vexaro<float>& v, double x) { v.setHostThreads(static_cast<int>(x)); },
               [](Vexaro<double>& v, double x) { v.setHostThreads(static_cast<int>(x)); },
@@ -143,9 +110,8 @@ const std::vector<Entry>& table()
     return entries;
 }
 
-#undef VX_REAL
+#undef VX_LIBRARY_ENTRY
 #undef VX_INT
-#undef VX_RANGE
 
 std::string lower(std::string s)
 {
@@ -268,8 +234,6 @@ void applySettings(const std::vector<Setting>& settings, Vexaro<T>& v, PipelineO
         const Entry* e = find(s.name);
         if (!e)
             continue; // parseSetting admitted only known names
-        if (e->reach > 0)
-            options.largestSearchRange = std::max(options.largestSearchRange, e->reach * s.value);
         if (e->toOptions) {
             e->toOptions(options, s.value);
         } else if constexpr (std::is_same_v<T, float>) {

@@ -1,6 +1,6 @@
-// The names accepted by `--set Name=value` and `--params FILE`: the library's setters without
-// "set_", a few run settings, and the pipeline's own sizes. One table maps each name to what
-// it sets.
+// The names accepted by `--set Name=value` and `--params FILE`: the library's parameters
+// (VEXARO_PARAMETERS, each a setter without "set_"), a few run settings, and the pipeline's own
+// sizes. One table maps each name to what it sets.
 #pragma once
 
 #include "Pipeline.h"
@@ -23,7 +23,7 @@ struct ParameterInfo {
     const char* name;
     ValueKind kind;
     const char* group; ///< "normals", "ground", ..., "run", "pipeline"
-    const char* help;  ///< one line; defaults are the library's unless it says otherwise
+    std::string help;  ///< one line; defaults are the library's unless it says otherwise
 };
 
 /// Every accepted name, in table order.

@@ -1,8 +1,5 @@
 #include "Pipeline.h"
 
-// The engine's parameters tell which values the caller has changed.
-#include <api/EngineAccess.h>
-
 #include <algorithm>
 #include <chrono>
 #include <initializer_list>
@@ -74,9 +71,9 @@ template <class T> std::vector<int> currentClasses(Vexaro<T>& v)
     return std::vector<int>(buffer.begin(), buffer.end());
 }
 
-double gridCellSizeFor(const PipelineOptions& options)
+template <class T> double gridCellSizeFor(const PipelineOptions& options, const Vexaro<T>& v)
 {
-    return options.gridCellSize > 0 ? options.gridCellSize : options.largestSearchRange;
+    return options.gridCellSize > 0 ? options.gridCellSize : v.rangeGridCellSize();
 }
 
 const std::vector<RecommendedParameter>& recommendedParameters()
@@ -106,6 +103,14 @@ template <class V, class Set> void recommend(V current, double library, double v
         set(static_cast<V>(value));
 }
 
+double libraryDefault(const char* name)
+{
+    for (const auto& p : vexaro::parameterInfos)
+        if (std::string(p.name) == name)
+            return p.defaultValue;
+    throw std::logic_error(std::string("no library parameter ") + name);
+}
+
 double recommendedValue(const char* name)
 {
     for (const auto& r : recommendedParameters())
@@ -118,14 +123,12 @@ double recommendedValue(const char* name)
 
 template <class T> void applyRecommendedParameters(Vexaro<T>& v)
 {
-    const auto& par = vx::EngineAccess<T>::engine(v).par;
-    const Parameters<T> library;
-    recommend(par.GroundGrowthRangeLowest, library.GroundGrowthRangeLowest,
+    recommend(v.get_GroundGrowthRangeLowest(), libraryDefault("GroundGrowthRangeLowest"),
               recommendedValue("GroundGrowthRangeLowest"), [&](T x) { v.set_GroundGrowthRangeLowest(x); });
-    recommend(par.GroundGrowthDistanceFromPlane, library.GroundGrowthDistanceFromPlane,
+    recommend(v.get_GroundGrowthDistanceFromPlane(), libraryDefault("GroundGrowthDistanceFromPlane"),
               recommendedValue("GroundGrowthDistanceFromPlane"),
               [&](T x) { v.set_GroundGrowthDistanceFromPlane(x); });
-    recommend(par.VegetationRange, library.VegetationRange, recommendedValue("VegetationRange"),
+    recommend(v.get_VegetationRange(), libraryDefault("VegetationRange"), recommendedValue("VegetationRange"),
               [&](T x) { v.set_VegetationRange(x); });
 }
 
@@ -177,9 +180,11 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
     });
 
     // Everything after the seeds works in one grid of columns as wide as the farthest search.
-    const double cell = gridCellSizeFor(options);
     step.run("ground growth", "ground", {kGround}, [&] {
-        v.regularGridDecomposition2D(cell, cell);
+        if (options.gridCellSize > 0)
+            v.regularGridDecomposition2D(options.gridCellSize, options.gridCellSize);
+        else
+            v.regularGridDecomposition2DFromRanges();
         setAllowed(v, groundCandidates);
         v.performIterativeGroundGrowth(kGround);
     });
@@ -218,6 +223,8 @@ template void runPipeline<double>(Vexaro<double>&, const std::string&, const Pip
 template void applyRecommendedParameters<float>(Vexaro<float>&);
 template void applyRecommendedParameters<double>(Vexaro<double>&);
 template std::vector<int> currentClasses<float>(Vexaro<float>&);
+template double gridCellSizeFor<float>(const PipelineOptions&, const Vexaro<float>&);
+template double gridCellSizeFor<double>(const PipelineOptions&, const Vexaro<double>&);
 template std::vector<int> currentClasses<double>(Vexaro<double>&);
 
 } // namespace vx::app

@@ -36,13 +36,11 @@ struct PipelineOptions {
     /// Edge of the square columns in which the height index judges "low" for the ground seeds.
     /// Larger than the largest building, so that every column holds some ground.
     double seedCellSize = 30;
-    /// Edge of the square columns of the ground, building and vegetation steps; 0 takes
-    /// largestSearchRange.
+    /// Edge of the square columns of the ground, building and vegetation steps; 0 leaves it to
+    /// the library's rangeGridCellSize(), the farthest those steps look with their parameters
+    /// (2.0 with the library's defaults: VegetationRange, BuildingGroundRange and twice
+    /// Building3GroundRange).
     double gridCellSize = 0;
-    /// The farthest the ground, building and vegetation steps look with their parameters:
-    /// 2.0 with the library's defaults (VegetationRange, BuildingGroundRange and twice
-    /// Building3GroundRange); raised by settings that raise a range.
-    double largestSearchRange = 2.0;
     /// Neighbours of this class vote for a roof plane with the plane test only.
     int buildingCompanionClass = cls::kLinear;
     /// Where the normal vectors are written (BASENAME.txt); empty: not written.
@@ -56,9 +54,9 @@ struct PipelineOptions {
 /// A library parameter that the pipeline sets differently from the library's default, for
 /// airborne scans of about 5 to 20 points per square metre in metres.
 struct RecommendedParameter {
-    const char* name;  ///< the setter's name without "set_"
-    double library;    ///< the library's default
-    double value;      ///< what the pipeline uses
+    const char* name; ///< the setter's name without "set_"
+    double library;   ///< the library's default
+    double value;     ///< what the pipeline uses
     const char* reason;
 };
 const std::vector<RecommendedParameter>& recommendedParameters();
@@ -87,8 +85,8 @@ template <class T>
 void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
                  const ProgressFn& progress);
 
-/// The column edge used for the later steps (options.gridCellSize or the largest range).
-double gridCellSizeFor(const PipelineOptions& options);
+/// The column edge used for the later steps (options.gridCellSize or v's rangeGridCellSize()).
+template <class T> double gridCellSizeFor(const PipelineOptions& options, const Vexaro<T>& v);
 
 /// Classes of every point of v, in file order.
 template <class T> std::vector<int> currentClasses(Vexaro<T>& v);

@@ -46,6 +46,8 @@ template <class T> void Vexaro<T>::calculateNormalVectors(int planarClass, int s
         facadeMessage(0, "ERROR! Data not loaded!");
         return;
     }
+    if (!parametersValidFor(vexaro::Normals))
+        return;
     // Unset, the cells are as large as the neighbour search so the search sees every neighbour.
     double size = normalVectorDecompositionSize > 0.0
                       ? normalVectorDecompositionSize
@@ -79,6 +81,8 @@ template <class T> void Vexaro<T>::regularGridDecomposition2D(double sx, double 
 
 template <class T> void Vexaro<T>::resetPointCloudClasses(int newClass)
 {
+    if (!parametersValidFor(vexaro::Reset))
+        return;
     core->slots.TargetClass = newClass;
     runStep("both", [&] { VX_STEP(runResetClasses, runResetClasses); });
 }
@@ -98,12 +102,16 @@ template <class T> void Vexaro<T>::calculateHeightIndex(int referenceClass)
 
 template <class T> void Vexaro<T>::findGroundSeed(int groundClass)
 {
+    if (!parametersValidFor(vexaro::GroundSeeds))
+        return;
     core->slots.GroundClass = groundClass;
     runStep("both", [&] { VX_STEP(runGroundSeeds, runGroundSeeds); });
 }
 
 template <class T> void Vexaro<T>::performIterativeGroundGrowth(int groundClass)
 {
+    if (!parametersValidFor(vexaro::GroundGrowth))
+        return;
     core->slots.TargetClass = groundClass;
     runStep("both", [&] { VX_STEP(runGroundGrowth, runGroundGrowth); });
 }
@@ -113,6 +121,8 @@ template <class T> void Vexaro<T>::performGroundCorrection(int) {}
 template <class T>
 void Vexaro<T>::performLowPointCorrection(int groundClass, int candidateClass, int replacementClass)
 {
+    if (!parametersValidFor(vexaro::LowPointCorrection))
+        return;
     core->slots.GroundClass = groundClass;
     core->slots.ReferenceClass = candidateClass;
     core->slots.TargetClass = replacementClass;
@@ -122,6 +132,8 @@ void Vexaro<T>::performLowPointCorrection(int groundClass, int candidateClass, i
 template <class T>
 void Vexaro<T>::findBuildingSeed(int buildingClass, int groundClass, int sourceClass, int companionClass)
 {
+    if (!parametersValidFor(vexaro::BuildingSeeds))
+        return;
     core->slots.TargetClass = buildingClass;
     core->slots.GroundClass = groundClass;
     core->slots.NeighbourPlaneClass = sourceClass;
@@ -133,6 +145,8 @@ template <class T>
 void Vexaro<T>::performIterativeBuildingGrowth(int buildingClass, int groundClass, int sourceClass,
                                                int companionClass)
 {
+    if (!parametersValidFor(vexaro::BuildingGrowth))
+        return;
     core->slots.TargetClass = buildingClass;
     core->slots.GroundClass = groundClass;
     core->slots.NeighbourPlaneClass = sourceClass;
@@ -144,6 +158,8 @@ template <class T>
 void Vexaro<T>::performVegetationClassification(int lowVegetationClass, int mediumVegetationClass,
                                                 int highVegetationClass, int groundClass, int)
 {
+    if (!parametersValidFor(vexaro::Vegetation))
+        return;
     core->slots.TargetClass = lowVegetationClass;
     core->slots.TargetClass2 = mediumVegetationClass;
     core->slots.TargetClass3 = highVegetationClass;

@@ -1,6 +1,8 @@
-// Class slots and step parameters of the engine, with their defaults. Field names are the
-// setters' names without "set_".
+// Class slots and step parameters of the engine, with their defaults. The parameters are the
+// entries of VEXARO_PARAMETERS (include/VexaroParameters.h), each a field of its own name.
 #pragma once
+
+#include <VexaroParameters.h>
 
 #include <cstdint>
 
@@ -20,45 +22,10 @@ struct ClassSlots {
 };
 
 template <class T> struct Parameters {
-    T NNSearchRange_NormalVectors = static_cast<T>(1.5f);
-    int32_t Inner_NormalVectors = 1000;
-    int32_t MinimalNumberOfNN = 3;
-    T ResetOptionalRange = T(0);
-    int32_t ResetOptionalClass = 0;
-    float SeedSearchMaxHindeks = 0.001f;
-    int32_t GroundGrowthIterations = 50;
-    T GroundGrowthDistanceFromPlane = T(0.05);
-    float GroundGrowthMinCosinus = 0.99f;
-    T GroundGrowthRange = T(1.5);
-    T GroundGrowthRangeLowest = T(0.5);
-    float GroundGrowthMaxCosinusPar2 = 0.11f;
-    T GroundGrowthMaxHeightDifference = T(0.3);
-    T LowPointFilteringRange = T(1.0);
-    T BuildingRange = T(1.5);
-    T BuildingGroundRange = T(2.0);
-    T BuildingDfPBuilding = T(0.2);
-    float BuildingMinCosBuilding = 0.9f;
-    int32_t BuildingMinNoN = 5;
-    float BuildingProcOfBP = 0.5f;
-    float BuildingProcOfGhosts = 0.2f;
-    T BuildingMinHeight = T(1.8);
-    int32_t Building2Iterations = 10;
-    T Building2Range = T(1.5);
-    T Building2DistFPlane = T(0.4);
-    int32_t Building3Iterations = 3;
-    T Building3GroundRange = T(1.0);
-    T Building3DetailsHeight = T(0.4);
-    int32_t VegetationIterations = 10;
-    T VegetationRange = T(2.0);
-    T VegetationDfG = T(0.3);
-    float VegetationMaxCos = 0.9f;
-    float VegetationProcOfChaos = 0.5f;
-    float VegetationProcOfGhosts = 0.5f;
-    float VegetationProcOfOrder = 0.5f;
-    float VegetationProcOfPlant = 0.5f;
-    T VegetationLowLimit = T(0.4);
-    T VegetationHighLimit = T(2.0);
-    float VegetationRatio = 0.5f;
+#define VX_PARAMETER_FIELD(Name, Field, Kind, Default, ...)                                                  \
+    VEXARO_PARAMETER_TYPE_##Kind Name = static_cast<VEXARO_PARAMETER_TYPE_##Kind>(Default);
+    VEXARO_PARAMETERS(VX_PARAMETER_FIELD)
+#undef VX_PARAMETER_FIELD
 };
 
 } // namespace vx

@@ -4,10 +4,12 @@
 #ifdef VEXARO_APP_LINKED
 
 #include "ParameterTable.h"
+#include "ParameterText.h"
 #include "ParamsFile.h"
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <set>
 #include <sstream>
 
@@ -79,14 +81,36 @@ TEST(Params, RangesWidenTheGrid)
     Vexaro<float> v;
     PipelineOptions o;
     applySettings({{"GroundGrowthRange", 1.0}, {"VegetationRange", 3.0}}, v, o);
-    EXPECT_EQ(gridCellSizeFor(o), 3.0);
+    EXPECT_EQ(gridCellSizeFor(o, v), 3.0);
     applySettings({{"Building3GroundRange", 2.0}}, v, o);
-    EXPECT_EQ(gridCellSizeFor(o), 4.0); // the closing step looks twice as far
+    EXPECT_EQ(gridCellSizeFor(o, v), 4.0); // the closing step looks twice as far
     applySettings({{"GridCellSize", 5.0}, {"SeedCellSize", 50.0}, {"BuildingCompanionClass", 1}}, v, o);
-    EXPECT_EQ(gridCellSizeFor(o), 5.0);
+    EXPECT_EQ(gridCellSizeFor(o, v), 5.0);
     EXPECT_EQ(o.seedCellSize, 50.0);
     EXPECT_EQ(o.buildingCompanionClass, 1);
-    EXPECT_EQ(gridCellSizeFor(PipelineOptions{}), 2.0);
+    EXPECT_EQ(gridCellSizeFor(PipelineOptions{}, Vexaro<float>{}), 2.0);
+}
+
+TEST(Params, CommittedParameterDocsAreWhatTheDeclarationGives)
+{
+    std::ifstream in(std::string(VEXARO_SOURCE_DIR) + "/docs/parameters.md", std::ios::binary);
+    ASSERT_TRUE(in) << "docs/parameters.md is missing";
+    std::ostringstream committed;
+    committed << in.rdbuf();
+    EXPECT_EQ(committed.str(), parametersMarkdown())
+        << "regenerate it: vexaro params --markdown > docs/parameters.md";
+}
+
+TEST(Params, EveryLibraryParameterIsInTheToolsTable)
+{
+    std::set<std::string> names;
+    for (const auto& p : parameterInfos())
+        names.insert(p.name);
+    for (const auto& p : vexaro::parameterInfos)
+        EXPECT_EQ(names.count(p.name), 1u) << p.name;
+    const std::string help = parameterHelp();
+    EXPECT_NE(help.find("search radius of the ground growth (1.5 m; 0 to 1000)"), std::string::npos) << help;
+    EXPECT_NE(help.find("fewest neighbours of a seed (5; 0 or more)"), std::string::npos) << help;
 }
 
 #endif
