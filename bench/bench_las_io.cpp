@@ -38,7 +38,8 @@ int readOnce(const char* path)
 long readPeakRssKiB(const std::string& path)
 {
     int pipeFd[2];
-    if (pipe(pipeFd) != 0) return -1;
+    if (pipe(pipeFd) != 0)
+        return -1;
     const pid_t child = fork();
     if (child == 0) {
         dup2(pipeFd[1], STDOUT_FILENO);
@@ -52,7 +53,8 @@ long readPeakRssKiB(const std::string& path)
     close(pipeFd[0]);
     int status = 0;
     waitpid(child, &status, 0);
-    if (got <= 0 || !WIFEXITED(status) || WEXITSTATUS(status) != 0) return -1;
+    if (got <= 0 || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        return -1;
     return std::strtol(text, nullptr, 10);
 }
 
@@ -60,7 +62,8 @@ long readPeakRssKiB(const std::string& path)
 
 int main(int argc, char** argv)
 {
-    if (argc == 3 && std::strcmp(argv[1], "--read-once") == 0) return readOnce(argv[2]);
+    if (argc == 3 && std::strcmp(argv[1], "--read-once") == 0)
+        return readOnce(argv[2]);
     const std::string path = argc > 1 ? argv[1] : "/tmp/vexaro_bench_las.las";
     const std::size_t points = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 10000000;
 

@@ -34,7 +34,7 @@ void generate(const std::string& path, int n)
 int main(int argc, char** argv)
 {
     const std::string path = argc > 1 ? argv[1] : "/tmp/vexaro-bench-load.las";
-    struct stat st{};
+    struct stat st {};
     if (stat(path.c_str(), &st) != 0) {
         generate(path, 10000000);
         stat(path.c_str(), &st);
@@ -57,8 +57,9 @@ int main(int argc, char** argv)
             rusage u{};
             getrusage(RUSAGE_SELF, &u);
             const double mb = st.st_size / 1048576.0, peak = u.ru_maxrss / 1024.0;
-            std::printf("loadLASFile %s: %.0f MiB file in %.2f s (%.0f MB/s), peak RSS %.0f MiB = %.2f x file\n",
-                        precision, mb, s, st.st_size / s / 1e6, peak, peak / mb);
+            std::printf(
+                "loadLASFile %s: %.0f MiB file in %.2f s (%.0f MB/s), peak RSS %.0f MiB = %.2f x file\n",
+                precision, mb, s, st.st_size / s / 1e6, peak, peak / mb);
             std::fflush(stdout);
             _exit(0);
         }

@@ -86,7 +86,8 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
     v.set_SoA(run.soa);
     // The pipeline's recommended values first, so that every --set / --params value wins, also
     // one equal to the library's default.
-    if (pipeline.recommendedParameters) applyRecommendedParameters(v);
+    if (pipeline.recommendedParameters)
+        applyRecommendedParameters(v);
     pipeline.recommendedParameters = false;
     applySettings(settings, v, pipeline);
     result.backend = v.computeBackend();

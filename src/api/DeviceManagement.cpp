@@ -13,7 +13,8 @@ template <class T> std::string Vexaro<T>::setCudaDevice(int index)
         return c.device().name;
     }
 #ifdef VEXARO_HAVE_CUDA
-    if (c.backend() == vx::Backend::Cuda) vx::cudart::setDevice(index);
+    if (c.backend() == vx::Backend::Cuda)
+        vx::cudart::setDevice(index);
 #endif
     const std::string name = devices[index].name;
     c.msg(0, "New Cuda device set : ", name);
@@ -24,7 +25,8 @@ template <class T> std::string Vexaro<T>::setCudaDevice(int index)
 template <class T> std::map<int, std::string> Vexaro<T>::getAvailableDevices()
 {
     std::map<int, std::string> result;
-    for (const auto& d : vx::listDevices(core->backend())) result[d.index] = d.name;
+    for (const auto& d : vx::listDevices(core->backend()))
+        result[d.index] = d.name;
     return result;
 }
 

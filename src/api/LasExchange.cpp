@@ -1,6 +1,6 @@
 // Reading a LAS file into the engine and writing classes and normals back beside it.
-#include "core/ClassifierCore.h"
 #include "api/FileNames.h"
+#include "core/ClassifierCore.h"
 #include "las/LasFile.h"
 
 #include <algorithm>
@@ -24,12 +24,14 @@ template <class T> void Vexaro<T>::loadLASFile(std::string fileName)
     las.reset();
     {
         std::ifstream probe(fileName, std::ios::binary);
-        if (!probe) return; // a file that cannot be opened leaves everything as it was
+        if (!probe)
+            return; // a file that cannot be opened leaves everything as it was
     }
     auto file = std::make_shared<vx::las::LasFile>(vx::las::LasFile::read(fileName));
     facadeMessage(1, "Header Loaded");
     const std::size_t kept = file->size();
-    for (std::size_t done = 1000000; done <= kept; done += 1000000) facadeMessage(2, "Loading point ... ", toText(done));
+    for (std::size_t done = 1000000; done <= kept; done += 1000000)
+        facadeMessage(2, "Loading point ... ", toText(done));
     facadeMessage(1, "Points Loaded!");
     las = file;
     baseName = vx::io::lasStem(fileName);
@@ -83,16 +85,19 @@ template <class T> void Vexaro<T>::saveLASFile(std::string fileName)
     facadeMessage(1, "Writing points");
     {
         std::ofstream probe(fileName, std::ios::binary | std::ios::trunc);
-        if (!probe) return;
+        if (!probe)
+            return;
     }
     if (!las) {
         const double scale[3] = {0.01, 0.01, 0.01}, offset[3] = {0, 0, 0};
         las = std::make_shared<vx::las::LasFile>(vx::las::LasFile::create(2, 0, scale, offset));
     }
     las->setCreationYear(2015);
-    if (kept != static_cast<std::size_t>(n)) facadeMessage(0, "WARNING! Number of points differs. Possible lose of data");
+    if (kept != static_cast<std::size_t>(n))
+        facadeMessage(0, "WARNING! Number of points differs. Possible lose of data");
     las->write(fileName);
-    for (std::size_t done = 1000000; done <= kept; done += 1000000) vx::Messenger::write("Wrtiting points ...", done);
+    for (std::size_t done = 1000000; done <= kept; done += 1000000)
+        vx::Messenger::write("Wrtiting points ...", done);
     vx::Messenger::write("Writing done!", "");
 }
 
@@ -103,14 +108,16 @@ template <class T> bool Vexaro<T>::saveNormalVectors(std::string name)
     std::ofstream out(fileName, std::ios::trunc);
     int n = 0;
     const VX_Point<T>* records = core->getHostPoints(n);
-    if (!out || !las) return true;
+    if (!out || !las)
+        return true;
     const auto& h = las->header();
     // Records without a kept LAS point have no file coordinates to write: stop at the shorter.
     const std::size_t count = std::min<std::size_t>(static_cast<std::size_t>(n), las->size());
     for (std::size_t i = 0; i < count; ++i) {
         out.precision(12);
-        out << las->rawX(i) * h.scale[0] << ' ' << las->rawY(i) * h.scale[1] << ' ' << las->rawZ(i) * h.scale[2] << ' '
-            << las->intensity(i) << ' ' << records[i].nx << ' ' << records[i].ny << ' ' << records[i].nz << '\n'
+        out << las->rawX(i) * h.scale[0] << ' ' << las->rawY(i) * h.scale[1] << ' '
+            << las->rawZ(i) * h.scale[2] << ' ' << las->intensity(i) << ' ' << records[i].nx << ' '
+            << records[i].ny << ' ' << records[i].nz << '\n'
             << std::flush;
     }
     return true;

@@ -26,7 +26,10 @@ template <class T> void Vexaro<T>::clearAllMemory()
     core->clearAllMemory();
 }
 
-template <class T> int Vexaro<T>::pointCount() const { return static_cast<int>(core->store.records.size()); }
+template <class T> int Vexaro<T>::pointCount() const
+{
+    return static_cast<int>(core->store.records.size());
+}
 
 template <class T> void Vexaro<T>::copyPoints(VX_Point<T>* out, int count)
 {

@@ -5,10 +5,10 @@
 #include <omp.h>
 
 #include <algorithm>
-#include <utility>
 #include <cmath>
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 namespace vx {
 
@@ -36,7 +36,8 @@ template <class T> Backend ClassifierCore<T>::backend()
 {
     if (!backendResolved) {
         resolvedBackend = Backend::Host;
-        if (backendChoice != BackendChoice::Cpu && cudaDeviceCount() > 0) resolvedBackend = Backend::Cuda;
+        if (backendChoice != BackendChoice::Cpu && cudaDeviceCount() > 0)
+            resolvedBackend = Backend::Cuda;
         backendResolved = true;
     }
     return resolvedBackend;
@@ -45,16 +46,21 @@ template <class T> Backend ClassifierCore<T>::backend()
 template <class T> void ClassifierCore<T>::chooseBackend(BackendChoice choice)
 {
     if (choice == BackendChoice::Cuda && cudaDeviceCount() < 1) {
-        throw std::runtime_error(cudaCompiled() ? "the CUDA backend was asked for but no CUDA device answers"
-                                                : "the CUDA backend was asked for but this build has no CUDA support");
+        throw std::runtime_error(cudaCompiled()
+                                     ? "the CUDA backend was asked for but no CUDA device answers"
+                                     : "the CUDA backend was asked for but this build has no CUDA support");
     }
     backendChoice = choice;
-    if (!backendResolved) return;
-    const Backend next = (choice != BackendChoice::Cpu && cudaDeviceCount() > 0) ? Backend::Cuda : Backend::Host;
-    if (next == resolvedBackend) return;
+    if (!backendResolved)
+        return;
+    const Backend next =
+        (choice != BackendChoice::Cpu && cudaDeviceCount() > 0) ? Backend::Cuda : Backend::Host;
+    if (next == resolvedBackend)
+        return;
     // Arrays of one backend cannot be read by the other: keep the host copy and the table,
     // drop the rest; the next decomposition uploads again.
-    if (store.deviceRecords) syncToHost();
+    if (store.deviceRecords)
+        syncToHost();
     store.resetDevice();
     grid.resetDevice();
     stepStates.clear();
@@ -72,7 +78,8 @@ template <class T> Device ClassifierCore<T>::device()
 {
     auto devices = listDevices(backend());
     for (const auto& d : devices)
-        if (d.index == deviceIndex) return d;
+        if (d.index == deviceIndex)
+            return d;
     return devices.empty() ? Device{} : devices.front();
 }
 
@@ -106,10 +113,13 @@ template <class T> LaunchConfig ClassifierCore<T>::fullBlockConfig(int n)
 template <class T> int ClassifierCore<T>::checkDeviceError()
 {
     int code = mem::synchronize(backend());
-    if (code == 0 && pendingError != 0) std::swap(code, pendingError);
-    if (code == 0) return 0;
+    if (code == 0 && pendingError != 0)
+        std::swap(code, pendingError);
+    if (code == 0)
+        return 0;
     msg(1, "ERROR! CUDA returned code: ", code);
-    if (deviceErrorHandler) deviceErrorHandler(code);
+    if (deviceErrorHandler)
+        deviceErrorHandler(code);
     return code;
 }
 
@@ -117,7 +127,8 @@ namespace {
 template <class T> int firstNonFinite(const VX_Point<T>* points, int count)
 {
     for (int i = 0; i < count; ++i)
-        if (!std::isfinite(points[i].x) || !std::isfinite(points[i].y) || !std::isfinite(points[i].z)) return i;
+        if (!std::isfinite(points[i].x) || !std::isfinite(points[i].y) || !std::isfinite(points[i].z))
+            return i;
     return -1;
 }
 } // namespace
@@ -127,7 +138,8 @@ template <class T> int firstNonFinite(const VX_Point<T>* points, int count)
 template <class T> void ClassifierCore<T>::memoryInfo(std::size_t& freeBytes, std::size_t& totalBytes)
 {
     mem::info(backend(), freeBytes, totalBytes);
-    if (freeMemoryCap > 0 && freeBytes > freeMemoryCap) freeBytes = freeMemoryCap;
+    if (freeMemoryCap > 0 && freeBytes > freeMemoryCap)
+        freeBytes = freeMemoryCap;
 }
 
 template <class T> bool ClassifierCore<T>::setData(const VX_Point<T>* points, int count)
@@ -136,7 +148,8 @@ template <class T> bool ClassifierCore<T>::setData(const VX_Point<T>* points, in
         dataLoaded = false;
         return false;
     }
-    if (count < 0) count = 0;
+    if (count < 0)
+        count = 0;
     if (int bad = firstNonFinite(points, count); bad >= 0) {
         // Cells cannot be computed for such a point; keep whatever was loaded before.
         msg(0, "ERROR! Non-finite coordinate, cloud not loaded. Point:", bad);
@@ -165,7 +178,8 @@ template <class T> void ClassifierCore<T>::setAllowedClasses(const int* table, i
     allowedClassesCount = 0;
     allowedHostCopy.clear();
     checkDeviceError();
-    if (!table || count <= 0) return;
+    if (!table || count <= 0)
+        return;
     allowedHostCopy.assign(table, table + count);
     allowedClasses.allocate(backend(), static_cast<size_t>(count));
     checkDeviceError();

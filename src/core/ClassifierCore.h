@@ -8,8 +8,8 @@
 #include "exec/Backend.h"
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
-#include "grid/GridTypes.h"
 #include "grid/GridStore.h"
+#include "grid/GridTypes.h"
 #include "grid/Layouts.h"
 #include "store/PointStore.h"
 
@@ -98,7 +98,8 @@ public:
     template <class H, class C> void run(H hostFn, C cudaFn)
     {
 #ifdef VEXARO_HAVE_CUDA
-        if (backend() == vx::Backend::Cuda) return cudaFn(*this);
+        if (backend() == vx::Backend::Cuda)
+            return cudaFn(*this);
 #endif
         hostFn(*this);
     }

@@ -9,7 +9,8 @@ namespace vx {
 long long cellsAlong(double extent, double edge)
 {
     double cells = std::trunc(extent / edge + 1.0);
-    if (!(cells >= 1.0) || cells > static_cast<double>(std::numeric_limits<int32_t>::max())) return -1;
+    if (!(cells >= 1.0) || cells > static_cast<double>(std::numeric_limits<int32_t>::max()))
+        return -1;
     return static_cast<long long>(cells);
 }
 
@@ -27,7 +28,8 @@ template <class T> GridFit fitGrid(ClassifierCore<T>& c, double sx, double sy, d
     GridFit fit{};
     for (int iteration = 0;; ++iteration) {
         const long long cx = cellsAlong(ex, sx), cy = cellsAlong(ey, sy);
-        if (sz == 0.0) sz = ez + 100.0; // planar request: one layer, taller than the cloud
+        if (sz == 0.0)
+            sz = ez + 100.0; // planar request: one layer, taller than the cloud
         const long long cz = cellsAlong(ez, sz);
         // A count past int32 is treated like a grid that does not fit, never wrapped.
         long long groups = -1;
@@ -37,8 +39,9 @@ template <class T> GridFit fitGrid(ClassifierCore<T>& c, double sx, double sy, d
 
         std::size_t freeBytes = 0, totalBytes = 0;
         c.memoryInfo(freeBytes, totalBytes);
-        const double needed = groups < 0 ? std::numeric_limits<double>::infinity()
-                                         : static_cast<double>(c.store.count) * 8.0 + static_cast<double>(groups) * 12.0;
+        const double needed =
+            groups < 0 ? std::numeric_limits<double>::infinity()
+                       : static_cast<double>(c.store.count) * 8.0 + static_cast<double>(groups) * 12.0;
         c.msg(4, "Free memory", static_cast<double>(freeBytes) / 1e9);
         c.msg(4, "Theoretical memory", needed / 1e9);
         c.msg(4, "Free memory", static_cast<double>(freeBytes) / 1e9);
@@ -47,7 +50,13 @@ template <class T> GridFit fitGrid(ClassifierCore<T>& c, double sx, double sy, d
         // One cell on every axis cannot shrink further: go ahead and let the allocation decide.
         const bool minimal = groups == 1;
         if (fits || minimal) {
-            fit = {sx, sy, sz, static_cast<int>(cx), static_cast<int>(cy), static_cast<int>(cz), static_cast<int>(groups)};
+            fit = {sx,
+                   sy,
+                   sz,
+                   static_cast<int>(cx),
+                   static_cast<int>(cy),
+                   static_cast<int>(cz),
+                   static_cast<int>(groups)};
             return fit;
         }
         if (iteration < kLinearGrowthSteps) {

@@ -26,21 +26,25 @@ inline auto policy()
 
 template <class T, class Less> void stableSort(T* first, int n, Less less)
 {
-    if (n > 1) thrust::stable_sort(policy(), first, first + n, less);
+    if (n > 1)
+        thrust::stable_sort(policy(), first, first + n, less);
 }
 
 /// Ascending, stable: equal keys keep the order of their values' positions.
 template <class K, class V> void sortByKey(K* keys, V* values, int n)
 {
-    if (n > 1) thrust::stable_sort_by_key(policy(), keys, keys + n, values);
+    if (n > 1)
+        thrust::stable_sort_by_key(policy(), keys, keys + n, values);
 }
 
 /// Positions of the smallest and the largest element (the first of equals for the minimum,
 /// the last for the maximum, as minmax_element gives them).
-template <class T, class Less> void minMaxPositions(const T* first, int n, Less less, int& minPos, int& maxPos)
+template <class T, class Less>
+void minMaxPositions(const T* first, int n, Less less, int& minPos, int& maxPos)
 {
     minPos = maxPos = 0;
-    if (n < 1) return;
+    if (n < 1)
+        return;
     auto r = thrust::minmax_element(policy(), first, first + n, less);
     minPos = static_cast<int>(r.first - first);
     maxPos = static_cast<int>(r.second - first);
@@ -48,7 +52,8 @@ template <class T, class Less> void minMaxPositions(const T* first, int n, Less 
 
 template <class T, class Pred> long long countIf(const T* first, int n, Pred pred)
 {
-    if (n < 1) return 0;
+    if (n < 1)
+        return 0;
     return static_cast<long long>(thrust::count_if(policy(), first, first + n, pred));
 }
 

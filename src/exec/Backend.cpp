@@ -34,7 +34,8 @@ std::string hostProcessorName()
             if (colon != std::string::npos) {
                 auto name = line.substr(colon + 1);
                 name.erase(0, name.find_first_not_of(' '));
-                if (!name.empty()) return name;
+                if (!name.empty())
+                    return name;
             }
         }
     }
@@ -65,6 +66,9 @@ std::vector<Device> listDevices(Backend backend)
     return devices;
 }
 
-const char* backendName(Backend backend) { return backend == Backend::Cuda ? "cuda" : "cpu"; }
+const char* backendName(Backend backend)
+{
+    return backend == Backend::Cuda ? "cuda" : "cpu";
+}
 
 } // namespace vx

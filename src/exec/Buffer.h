@@ -40,7 +40,10 @@ public:
     }
     /// Copies count host elements in; the buffer must hold at least that many.
     void upload(const T* host, std::size_t count) { mem::upload(backend_, ptr_, host, count * sizeof(T)); }
-    void download(T* host, std::size_t count) const { mem::download(backend_, host, ptr_, count * sizeof(T)); }
+    void download(T* host, std::size_t count) const
+    {
+        mem::download(backend_, host, ptr_, count * sizeof(T));
+    }
 
     T* data() const { return ptr_; }
     std::size_t size() const { return count_; }

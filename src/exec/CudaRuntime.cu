@@ -18,13 +18,17 @@ int deviceCount()
 bool properties(int index, std::string& name, int& maxThreadsPerBlock)
 {
     cudaDeviceProp prop{};
-    if (cudaGetDeviceProperties(&prop, index) != cudaSuccess) return false;
+    if (cudaGetDeviceProperties(&prop, index) != cudaSuccess)
+        return false;
     name = prop.name;
     maxThreadsPerBlock = prop.maxThreadsPerBlock;
     return true;
 }
 
-int setDevice(int index) { return static_cast<int>(cudaSetDevice(index)); }
+int setDevice(int index)
+{
+    return static_cast<int>(cudaSetDevice(index));
+}
 
 int currentDevice()
 {
@@ -42,29 +46,35 @@ int synchronizeAndLastError()
 void* allocate(std::size_t bytes)
 {
     void* p = nullptr;
-    if (bytes == 0) return nullptr;
-    if (cudaMalloc(&p, bytes) != cudaSuccess) return nullptr; // surfaces at the next error check
+    if (bytes == 0)
+        return nullptr;
+    if (cudaMalloc(&p, bytes) != cudaSuccess)
+        return nullptr; // surfaces at the next error check
     return p;
 }
 
 void release(void* ptr)
 {
-    if (ptr) cudaFree(ptr);
+    if (ptr)
+        cudaFree(ptr);
 }
 
 void copyToDevice(void* dst, const void* src, std::size_t bytes)
 {
-    if (bytes) cudaMemcpy(dst, src, bytes, cudaMemcpyHostToDevice);
+    if (bytes)
+        cudaMemcpy(dst, src, bytes, cudaMemcpyHostToDevice);
 }
 
 void copyToHost(void* dst, const void* src, std::size_t bytes)
 {
-    if (bytes) cudaMemcpy(dst, src, bytes, cudaMemcpyDeviceToHost);
+    if (bytes)
+        cudaMemcpy(dst, src, bytes, cudaMemcpyDeviceToHost);
 }
 
 void copyOnDevice(void* dst, const void* src, std::size_t bytes)
 {
-    if (bytes) cudaMemcpy(dst, src, bytes, cudaMemcpyDeviceToDevice);
+    if (bytes)
+        cudaMemcpy(dst, src, bytes, cudaMemcpyDeviceToDevice);
 }
 
 void memoryInfo(std::size_t& freeBytes, std::size_t& totalBytes)
@@ -80,7 +90,13 @@ void limits(std::size_t& heapBytes, std::size_t& stackBytes)
     cudaDeviceGetLimit(&stackBytes, cudaLimitStackSize);
 }
 
-void profilerStart() { cudaProfilerStart(); }
-void profilerStop() { cudaProfilerStop(); }
+void profilerStart()
+{
+    cudaProfilerStart();
+}
+void profilerStop()
+{
+    cudaProfilerStop();
+}
 
 } // namespace vx::cudart

@@ -8,9 +8,9 @@
 namespace vx {
 
 struct LaunchConfig {
-    int threads = 256;    ///< threads per block
+    int threads = 256; ///< threads per block
     int blocks = 1;
-    int hostThreads = 1;  ///< OpenMP threads of the host backend
+    int hostThreads = 1; ///< OpenMP threads of the host backend
 };
 
 } // namespace vx
@@ -22,12 +22,14 @@ namespace vx::cuda {
 template <class F> __global__ void launchTrampoline(int n, F f)
 {
     int i = blockDim.x * blockIdx.x + threadIdx.x;
-    if (i < n) f(i);
+    if (i < n)
+        f(i);
 }
 
 template <class F> void launch(const LaunchConfig& cfg, int n, const F& f)
 {
-    if (cfg.blocks < 1 || cfg.threads < 1) return;
+    if (cfg.blocks < 1 || cfg.threads < 1)
+        return;
     launchTrampoline<<<cfg.blocks, cfg.threads>>>(n, f);
 }
 
@@ -39,14 +41,17 @@ namespace vx::host {
 
 template <class F> void launch(const LaunchConfig& cfg, int n, const F& f)
 {
-    if (cfg.blocks < 1 || cfg.threads < 1) return;
+    if (cfg.blocks < 1 || cfg.threads < 1)
+        return;
     const long long threads = cfg.threads;
 #pragma omp parallel for schedule(static) num_threads(cfg.hostThreads > 0 ? cfg.hostThreads : 1)
     for (int b = 0; b < cfg.blocks; ++b) {
         long long first = threads * b;
         long long last = first + threads;
-        if (last > n) last = n;
-        for (long long i = first; i < last; ++i) f(static_cast<int>(i));
+        if (last > n)
+            last = n;
+        for (long long i = first; i < last; ++i)
+            f(static_cast<int>(i));
     }
 }
 

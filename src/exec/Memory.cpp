@@ -23,7 +23,8 @@ std::size_t meminfoValue(const char* key)
     std::string unit;
     while (in >> name >> kb) {
         std::getline(in, unit);
-        if (name == key) return kb * 1024;
+        if (name == key)
+            return kb * 1024;
     }
     return 0;
 }
@@ -32,47 +33,58 @@ std::size_t meminfoValue(const char* key)
 
 void* allocate(Backend backend, std::size_t bytes)
 {
-    if (bytes == 0) return nullptr;
+    if (bytes == 0)
+        return nullptr;
 #ifdef VEXARO_HAVE_CUDA
-    if (backend == Backend::Cuda) return cudart::allocate(bytes);
+    if (backend == Backend::Cuda)
+        return cudart::allocate(bytes);
 #endif
     void* p = std::aligned_alloc(64, (bytes + 63) / 64 * 64);
-    if (!p) throw std::bad_alloc();
+    if (!p)
+        throw std::bad_alloc();
     return p;
 }
 
 void release(Backend backend, void* ptr)
 {
-    if (!ptr) return;
+    if (!ptr)
+        return;
 #ifdef VEXARO_HAVE_CUDA
-    if (backend == Backend::Cuda) return cudart::release(ptr);
+    if (backend == Backend::Cuda)
+        return cudart::release(ptr);
 #endif
     std::free(ptr);
 }
 
 void upload(Backend backend, void* dst, const void* hostSrc, std::size_t bytes)
 {
-    if (bytes == 0 || !dst || !hostSrc) return;
+    if (bytes == 0 || !dst || !hostSrc)
+        return;
 #ifdef VEXARO_HAVE_CUDA
-    if (backend == Backend::Cuda) return cudart::copyToDevice(dst, hostSrc, bytes);
+    if (backend == Backend::Cuda)
+        return cudart::copyToDevice(dst, hostSrc, bytes);
 #endif
     std::memcpy(dst, hostSrc, bytes);
 }
 
 void download(Backend backend, void* hostDst, const void* src, std::size_t bytes)
 {
-    if (bytes == 0 || !hostDst || !src) return;
+    if (bytes == 0 || !hostDst || !src)
+        return;
 #ifdef VEXARO_HAVE_CUDA
-    if (backend == Backend::Cuda) return cudart::copyToHost(hostDst, src, bytes);
+    if (backend == Backend::Cuda)
+        return cudart::copyToHost(hostDst, src, bytes);
 #endif
     std::memcpy(hostDst, src, bytes);
 }
 
 void copy(Backend backend, void* dst, const void* src, std::size_t bytes)
 {
-    if (bytes == 0 || !dst || !src) return;
+    if (bytes == 0 || !dst || !src)
+        return;
 #ifdef VEXARO_HAVE_CUDA
-    if (backend == Backend::Cuda) return cudart::copyOnDevice(dst, src, bytes);
+    if (backend == Backend::Cuda)
+        return cudart::copyOnDevice(dst, src, bytes);
 #endif
     std::memcpy(dst, src, bytes);
 }
@@ -80,7 +92,8 @@ void copy(Backend backend, void* dst, const void* src, std::size_t bytes)
 void info(Backend backend, std::size_t& freeBytes, std::size_t& totalBytes)
 {
 #ifdef VEXARO_HAVE_CUDA
-    if (backend == Backend::Cuda) return cudart::memoryInfo(freeBytes, totalBytes);
+    if (backend == Backend::Cuda)
+        return cudart::memoryInfo(freeBytes, totalBytes);
 #endif
     freeBytes = meminfoValue("MemAvailable:");
     totalBytes = meminfoValue("MemTotal:");
@@ -89,7 +102,8 @@ void info(Backend backend, std::size_t& freeBytes, std::size_t& totalBytes)
 void limits(Backend backend, std::size_t& heapBytes, std::size_t& stackBytes)
 {
 #ifdef VEXARO_HAVE_CUDA
-    if (backend == Backend::Cuda) return cudart::limits(heapBytes, stackBytes);
+    if (backend == Backend::Cuda)
+        return cudart::limits(heapBytes, stackBytes);
 #endif
     // The host has no kernel heap of its own: report the C heap as unlimited (0) and the
     // stack size that a worker thread gets.
@@ -105,7 +119,8 @@ void limits(Backend backend, std::size_t& heapBytes, std::size_t& stackBytes)
 int synchronize(Backend backend)
 {
 #ifdef VEXARO_HAVE_CUDA
-    if (backend == Backend::Cuda) return cudart::synchronizeAndLastError();
+    if (backend == Backend::Cuda)
+        return cudart::synchronizeAndLastError();
 #endif
     return 0;
 }
@@ -113,14 +128,16 @@ int synchronize(Backend backend)
 void profilerStart(Backend backend)
 {
 #ifdef VEXARO_HAVE_CUDA
-    if (backend == Backend::Cuda) cudart::profilerStart();
+    if (backend == Backend::Cuda)
+        cudart::profilerStart();
 #endif
 }
 
 void profilerStop(Backend backend)
 {
 #ifdef VEXARO_HAVE_CUDA
-    if (backend == Backend::Cuda) cudart::profilerStop();
+    if (backend == Backend::Cuda)
+        cudart::profilerStop();
 #endif
 }
 

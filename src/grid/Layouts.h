@@ -61,8 +61,10 @@ struct AllowedClasses {
     int size = 0;
     VX_HD int entry(int cls) const
     {
-        if (!table) return 1;
-        if (cls < 0 || cls >= size) return 0;
+        if (!table)
+            return 1;
+        if (cls < 0 || cls >= size)
+            return 0;
         return table[cls];
     }
     VX_HD bool admits(int cls) const { return entry(cls) >= 1; }

@@ -15,7 +15,10 @@ struct Visit {
 };
 
 /// Squared distance as every step forms it: the y term, then x, then z.
-template <class T> VX_HD inline T squaredDistance(T dx, T dy, T dz) { return dy * dy + dx * dx + dz * dz; }
+template <class T> VX_HD inline T squaredDistance(T dx, T dy, T dz)
+{
+    return dy * dy + dx * dx + dz * dz;
+}
 
 struct CellCoords {
     int x, y, z;
@@ -40,17 +43,21 @@ VX_HD inline void forEachNeighbour(const Index& itg, const Groups& groups, const
     for (int dx = dx0; dx <= dx1; ++dx) {
         for (int dy = dy0; dy <= dy1; ++dy) {
             for (int dz = dz0; dz <= dz1; ++dz) {
-                if (how.skipOwnCell && dx == 0 && dy == 0 && dz == 0) continue;
+                if (how.skipOwnCell && dx == 0 && dy == 0 && dz == 0)
+                    continue;
                 const int n = g + (dx * grid.cellsY + dy) * grid.cellsZ + dz;
                 const int count = groups.count(n);
                 int step = 1;
                 if (how.divisor > 0) {
-                    if (count < 1) continue;
+                    if (count < 1)
+                        continue;
                     step = count / how.divisor;
-                    if (step < 1) step = 1;
+                    if (step < 1)
+                        step = 1;
                 }
                 const int end = groups.end(n);
-                for (int j = groups.start(n); j < end; j += step) visit(itg.pointIndex(j), j, n);
+                for (int j = groups.start(n); j < end; j += step)
+                    visit(itg.pointIndex(j), j, n);
             }
         }
     }
@@ -61,21 +68,26 @@ template <class Index, class Groups, class Visitor>
 VX_HD inline void forEachInCell(const Index& itg, const Groups& groups, int g, int divisor, Visitor&& visit)
 {
     int step = divisor > 0 ? groups.count(g) / divisor : 1;
-    if (step < 1) step = 1;
+    if (step < 1)
+        step = 1;
     const int end = groups.end(g);
-    for (int j = groups.start(g); j < end; j += step) visit(itg.pointIndex(j), j);
+    for (int j = groups.start(g); j < end; j += step)
+        visit(itg.pointIndex(j), j);
 }
 
 /// Calls visit(n) for the cells of the same z layer at x and y offsets -1..1 around cell g,
 /// clipped at the border, g itself left out.
-template <class Grid, class Visitor> VX_HD inline void forEachPlanarNeighbourCell(const Grid& grid, int g, Visitor&& visit)
+template <class Grid, class Visitor>
+VX_HD inline void forEachPlanarNeighbourCell(const Grid& grid, int g, Visitor&& visit)
 {
     const CellCoords c = cellCoords(grid, g);
     for (int dx = -1; dx <= 1; ++dx) {
         for (int dy = -1; dy <= 1; ++dy) {
-            if (dx == 0 && dy == 0) continue;
+            if (dx == 0 && dy == 0)
+                continue;
             const int ax = c.x + dx, by = c.y + dy;
-            if (ax < 0 || ax >= grid.cellsX || by < 0 || by >= grid.cellsY) continue;
+            if (ax < 0 || ax >= grid.cellsX || by < 0 || by >= grid.cellsY)
+                continue;
             visit((ax * grid.cellsY + by) * grid.cellsZ + c.z);
         }
     }

@@ -33,7 +33,9 @@ template <class T, class Points, class Index> struct GetGroupIndex {
     VX_DecompositionGridParameters<T> grid;
     VX_HD void operator()(int i) const
     {
-        itg.set(i, i, cellOf<T>(grid, static_cast<T>(pts.x(i)), static_cast<T>(pts.y(i)), static_cast<T>(pts.z(i))));
+        itg.set(
+            i, i,
+            cellOf<T>(grid, static_cast<T>(pts.x(i)), static_cast<T>(pts.y(i)), static_cast<T>(pts.z(i))));
     }
 };
 
@@ -89,14 +91,19 @@ template <class Groups> struct GetGroupsNumber {
 };
 
 struct CompareITG {
-    VX_HD bool operator()(const VX_IndexToGroup& a, const VX_IndexToGroup& b) const { return a.group < b.group; }
+    VX_HD bool operator()(const VX_IndexToGroup& a, const VX_IndexToGroup& b) const
+    {
+        return a.group < b.group;
+    }
 };
 
 template <class T, int Axis> struct CompareCoordinate {
     VX_HD bool operator()(const VX_Point<T>& a, const VX_Point<T>& b) const
     {
-        if (Axis == 0) return a.x < b.x;
-        if (Axis == 1) return a.y < b.y;
+        if (Axis == 0)
+            return a.x < b.x;
+        if (Axis == 1)
+            return a.y < b.y;
         return a.z < b.z;
     }
 };

@@ -24,7 +24,8 @@ std::string shown(double v)
 
 void putText(uint8_t* p, const char* s, std::size_t n)
 {
-    for (std::size_t k = 0; k < n && s[k]; ++k) p[k] = static_cast<uint8_t>(s[k]);
+    for (std::size_t k = 0; k < n && s[k]; ++k)
+        p[k] = static_cast<uint8_t>(s[k]);
 }
 
 } // namespace
@@ -52,7 +53,8 @@ LasFile LasFile::create(uint8_t versionMinor, uint8_t pointFormat, const double 
     uint8_t* b = f.bytes_.data();
     std::memcpy(b, "LASF", 4);
     // Formats 6-10 require a WKT coordinate system flag in 1.4.
-    if (versionMinor >= 4 && pointFormat >= 6) store<uint16_t>(b + detail::kGlobalEncoding, 0x10);
+    if (versionMinor >= 4 && pointFormat >= 6)
+        store<uint16_t>(b + detail::kGlobalEncoding, 0x10);
     b[detail::kVersionMajor] = 1;
     b[detail::kVersionMinor] = versionMinor;
     putText(b + detail::kSystemId, "OTHER", 32);
@@ -78,12 +80,14 @@ LasFile LasFile::create(uint8_t versionMinor, uint8_t pointFormat, const double 
 
 void LasFile::reserve(std::size_t points)
 {
-    if (created_) bytes_.reserve(pointStart_ + points * stride_);
+    if (created_)
+        bytes_.reserve(pointStart_ + points * stride_);
 }
 
 void LasFile::addPoint(const NewPoint& p)
 {
-    if (!created_) detail::fail(name_, "points can only be added to a file made by LasFile::create()");
+    if (!created_)
+        detail::fail(name_, "points can only be added to a file made by LasFile::create()");
     const int top = wideFormat_ ? 15 : 7;
     if (p.returnNumber < 0 || p.returnNumber > top || p.numberOfReturns < 0 || p.numberOfReturns > top)
         detail::fail(name_, "return " + std::to_string(p.returnNumber) + " of " +
@@ -112,7 +116,8 @@ void LasFile::addPoint(const NewPoint& p)
     const std::size_t at = bytes_.size();
     bytes_.resize(at + stride_, 0);
     uint8_t* r = bytes_.data() + at;
-    for (int a = 0; a < 3; ++a) store<int32_t>(r + 4 * a, raw[a]);
+    for (int a = 0; a < 3; ++a)
+        store<int32_t>(r + 4 * a, raw[a]);
     store<uint16_t>(r + 12, p.intensity);
     if (wideFormat_) {
         r[14] = static_cast<uint8_t>(p.returnNumber | (p.numberOfReturns << 4));
@@ -121,11 +126,14 @@ void LasFile::addPoint(const NewPoint& p)
         r[14] = static_cast<uint8_t>(p.returnNumber | (p.numberOfReturns << 3));
         r[15] = static_cast<uint8_t>(p.classification);
     }
-    if (const std::size_t t = detail::gpsTimeOffset(header_.pointFormat)) store<double>(r + t, p.gpsTime);
+    if (const std::size_t t = detail::gpsTimeOffset(header_.pointFormat))
+        store<double>(r + t, p.gpsTime);
 
     for (int a = 0; a < 3; ++a) {
-        if (count_ == 0 || stored[a] < header_.minBound[a]) header_.minBound[a] = stored[a];
-        if (count_ == 0 || stored[a] > header_.maxBound[a]) header_.maxBound[a] = stored[a];
+        if (count_ == 0 || stored[a] < header_.minBound[a])
+            header_.minBound[a] = stored[a];
+        if (count_ == 0 || stored[a] > header_.maxBound[a])
+            header_.maxBound[a] = stored[a];
     }
     ++count_;
     header_.pointCount = count_;
@@ -149,8 +157,10 @@ void LasFile::storeCountsAndBounds()
     // 1.4 repeats the count in the legacy fields only where a 1.3 reader could use it.
     const bool legacy = (!v14 || header_.pointFormat < 6) && count_ <= std::numeric_limits<uint32_t>::max();
     store<uint32_t>(b + detail::kLegacyCount, legacy ? static_cast<uint32_t>(count_) : 0);
-    if (!legacy) std::memset(b + detail::kLegacyByReturn, 0, 20);
-    if (v14) store<uint64_t>(b + detail::kCount64, count_);
+    if (!legacy)
+        std::memset(b + detail::kLegacyByReturn, 0, 20);
+    if (v14)
+        store<uint64_t>(b + detail::kCount64, count_);
     for (int a = 0; a < 3; ++a) {
         store<double>(b + detail::kBounds + 16 * a, header_.maxBound[a]);
         store<double>(b + detail::kBounds + 16 * a + 8, header_.minBound[a]);

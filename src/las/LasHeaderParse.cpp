@@ -68,7 +68,8 @@ LasHeader parseHeader(const std::vector<uint8_t>& bytes, const std::string& name
 
     // LASzip marks its files with bit 7 of the format byte; bit 6 was used the same way once.
     const uint8_t formatByte = b[kPointFormat];
-    if (formatByte & 0xC0) fail(name, "LAZ compressed files are not supported; decompress with laszip first");
+    if (formatByte & 0xC0)
+        fail(name, "LAZ compressed files are not supported; decompress with laszip first");
     h.pointFormat = formatByte & 0x3F;
     if (h.pointFormat > 10)
         fail(name, "unknown point format " + std::to_string(h.pointFormat) + " (formats 0 to 10 exist)");
@@ -97,7 +98,8 @@ LasHeader parseHeader(const std::vector<uint8_t>& bytes, const std::string& name
         h.evlrCount = load<uint32_t>(b + kEvlrCount);
         // Readers disagree when both counts are set; the 64-bit one is the field 1.4 writers must fill.
         const uint64_t wide = load<uint64_t>(b + kCount64);
-        if (wide != 0) h.pointCount = wide;
+        if (wide != 0)
+            h.pointCount = wide;
     }
     return h;
 }

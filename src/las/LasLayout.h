@@ -28,7 +28,10 @@ constexpr std::size_t kVlrHeader = 54, kEvlrHeader = 60;
 constexpr std::size_t kLegacyHeaderSize = 227;
 
 /// The smallest header a LAS 1.minor file may have.
-inline std::size_t minimumHeaderSize(int minor) { return minor >= 4 ? 375 : minor == 3 ? 235 : 227; }
+inline std::size_t minimumHeaderSize(int minor)
+{
+    return minor >= 4 ? 375 : minor == 3 ? 235 : 227;
+}
 
 template <class U> inline U load(const uint8_t* p)
 {
@@ -37,7 +40,8 @@ template <class U> inline U load(const uint8_t* p)
 #if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
     uint8_t b[sizeof v];
     std::memcpy(b, &v, sizeof v);
-    for (std::size_t k = 0; k < sizeof v / 2; ++k) std::swap(b[k], b[sizeof v - 1 - k]);
+    for (std::size_t k = 0; k < sizeof v / 2; ++k)
+        std::swap(b[k], b[sizeof v - 1 - k]);
     std::memcpy(&v, b, sizeof v);
 #endif
     return v;
@@ -48,7 +52,8 @@ template <class U> inline void store(uint8_t* p, U v)
 #if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
     uint8_t b[sizeof v];
     std::memcpy(b, &v, sizeof v);
-    for (std::size_t k = 0; k < sizeof v / 2; ++k) std::swap(b[k], b[sizeof v - 1 - k]);
+    for (std::size_t k = 0; k < sizeof v / 2; ++k)
+        std::swap(b[k], b[sizeof v - 1 - k]);
     std::memcpy(&v, b, sizeof v);
 #endif
     std::memcpy(p, &v, sizeof v);
@@ -58,7 +63,8 @@ template <class U> inline void store(uint8_t* p, U v)
 inline std::string text(const uint8_t* p, std::size_t n)
 {
     std::size_t len = 0;
-    while (len < n && p[len] != 0) ++len;
+    while (len < n && p[len] != 0)
+        ++len;
     return std::string(reinterpret_cast<const char*>(p), len);
 }
 
@@ -68,7 +74,8 @@ inline std::string text(const uint8_t* p, std::size_t n)
 /// Offset of the GPS time in a record of the format, or 0 when the format has none.
 inline std::size_t gpsTimeOffset(uint8_t format)
 {
-    if (format >= 6) return 22;
+    if (format >= 6)
+        return 22;
     return (format == 1 || format >= 3) ? 20 : 0;
 }
 

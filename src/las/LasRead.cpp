@@ -16,18 +16,21 @@ struct Descriptor {
     int fd;
     ~Descriptor()
     {
-        if (fd >= 0) ::close(fd);
+        if (fd >= 0)
+            ::close(fd);
     }
 };
 
 std::vector<uint8_t> readAll(const std::string& path)
 {
     Descriptor in{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
-    if (in.fd < 0) detail::fail(path, std::string("cannot open the file (") + std::strerror(errno) + ")");
+    if (in.fd < 0)
+        detail::fail(path, std::string("cannot open the file (") + std::strerror(errno) + ")");
     struct stat st {};
     if (::fstat(in.fd, &st) != 0)
         detail::fail(path, std::string("cannot read the file (") + std::strerror(errno) + ")");
-    if (S_ISDIR(st.st_mode)) detail::fail(path, "cannot read the file (it is a directory)");
+    if (S_ISDIR(st.st_mode))
+        detail::fail(path, "cannot read the file (it is a directory)");
 
     // One allocation of the size the file system reports; anything that is not a regular file
     // (a pipe, say) grows the buffer as data arrives.
@@ -40,8 +43,10 @@ std::vector<uint8_t> readAll(const std::string& path)
                 // The expected end: confirm it with a small probe instead of doubling the buffer.
                 uint8_t probe;
                 const ssize_t got = ::read(in.fd, &probe, 1);
-                if (got == 0) break;
-                if (got < 0 && errno == EINTR) continue;
+                if (got == 0)
+                    break;
+                if (got < 0 && errno == EINTR)
+                    continue;
                 if (got < 0)
                     detail::fail(path, std::string("cannot read the file (") + std::strerror(errno) + ")");
                 bytes.push_back(probe);
@@ -50,9 +55,11 @@ std::vector<uint8_t> readAll(const std::string& path)
             bytes.resize(bytes.size() * 2);
         }
         const ssize_t got = ::read(in.fd, bytes.data() + filled, bytes.size() - filled);
-        if (got == 0) break;
+        if (got == 0)
+            break;
         if (got < 0) {
-            if (errno == EINTR) continue;
+            if (errno == EINTR)
+                continue;
             detail::fail(path, std::string("cannot read the file (") + std::strerror(errno) + ")");
         }
         filled += static_cast<std::size_t>(got);
@@ -63,7 +70,10 @@ std::vector<uint8_t> readAll(const std::string& path)
 
 } // namespace
 
-LasFile LasFile::read(const std::string& path) { return fromMemory(readAll(path), path); }
+LasFile LasFile::read(const std::string& path)
+{
+    return fromMemory(readAll(path), path);
+}
 
 LasFile LasFile::fromMemory(std::vector<uint8_t> bytes, const std::string& name)
 {

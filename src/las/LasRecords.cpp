@@ -6,15 +6,36 @@ namespace vx::las {
 
 using detail::load;
 
-int32_t LasFile::rawX(std::size_t i) const { return load<int32_t>(record(i)); }
-int32_t LasFile::rawY(std::size_t i) const { return load<int32_t>(record(i) + 4); }
-int32_t LasFile::rawZ(std::size_t i) const { return load<int32_t>(record(i) + 8); }
+int32_t LasFile::rawX(std::size_t i) const
+{
+    return load<int32_t>(record(i));
+}
+int32_t LasFile::rawY(std::size_t i) const
+{
+    return load<int32_t>(record(i) + 4);
+}
+int32_t LasFile::rawZ(std::size_t i) const
+{
+    return load<int32_t>(record(i) + 8);
+}
 
-double LasFile::x(std::size_t i) const { return rawX(i) * header_.scale[0] + header_.offset[0]; }
-double LasFile::y(std::size_t i) const { return rawY(i) * header_.scale[1] + header_.offset[1]; }
-double LasFile::z(std::size_t i) const { return rawZ(i) * header_.scale[2] + header_.offset[2]; }
+double LasFile::x(std::size_t i) const
+{
+    return rawX(i) * header_.scale[0] + header_.offset[0];
+}
+double LasFile::y(std::size_t i) const
+{
+    return rawY(i) * header_.scale[1] + header_.offset[1];
+}
+double LasFile::z(std::size_t i) const
+{
+    return rawZ(i) * header_.scale[2] + header_.offset[2];
+}
 
-uint16_t LasFile::intensity(std::size_t i) const { return load<uint16_t>(record(i) + 12); }
+uint16_t LasFile::intensity(std::size_t i) const
+{
+    return load<uint16_t>(record(i) + 12);
+}
 
 int LasFile::returnNumber(std::size_t i) const
 {

@@ -17,7 +17,8 @@ std::string entryName(const LasVlr& v)
 {
     std::string id = v.userId;
     for (char& c : id)
-        if (c < 0x20 || c > 0x7e) c = '?';
+        if (c < 0x20 || c > 0x7e)
+            c = '?';
     return " (" + id + " " + std::to_string(v.recordId) + ")";
 }
 
@@ -98,7 +99,8 @@ std::vector<LasVlr> checkLayout(const std::vector<uint8_t>& bytes, const LasHead
     if (h.offsetToPointData > size)
         fail(name, "offset to point data (" + std::to_string(h.offsetToPointData) +
                        ") is past the end of the file (" + std::to_string(size) + " bytes)");
-    if (h.evlrCount > 0) walkEvlrs(bytes, h, name, entries);
+    if (h.evlrCount > 0)
+        walkEvlrs(bytes, h, name, entries);
 
     // Points end where the EVLRs begin; the 1.3 waveform block after them is not ours to bound.
     const uint64_t end = h.evlrCount > 0 ? h.evlrStart : size;

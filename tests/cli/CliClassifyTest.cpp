@@ -114,11 +114,12 @@ TEST(ClassifyPipeline, LogTakesTheLibraryMessagesAndParametersReachTheLibrary)
 TEST(ClassifyPipeline, UserSettingsWinOverTheRecommendedValuesEvenAtTheLibraryDefault)
 {
     // The vegetation step prints its range first on a line of its own, whatever the level.
-    const auto recommended = run({"classify", sample("warsaw_small.las"), "-o", "out.las", "--log", "rec.log"});
+    const auto recommended =
+        run({"classify", sample("warsaw_small.las"), "-o", "out.las", "--log", "rec.log"});
     ASSERT_EQ(recommended.status, 0) << recommended.err;
     EXPECT_NE(readText(clitest::scratch() / "rec.log").find("\n1 0.3 0.9 0.5 0.5\n"), std::string::npos);
-    const auto user = run({"classify", sample("warsaw_small.las"), "-o", "out.las", "--log", "user.log", "--set",
-                           "VegetationRange=2"});
+    const auto user = run({"classify", sample("warsaw_small.las"), "-o", "out.las", "--log", "user.log",
+                           "--set", "VegetationRange=2"});
     ASSERT_EQ(user.status, 0) << user.err;
     EXPECT_NE(readText(clitest::scratch() / "user.log").find("\n2 0.3 0.9 0.5 0.5\n"), std::string::npos);
 }

@@ -9,16 +9,21 @@ std::vector<std::string> CaptureStdout::lines() const
     std::vector<std::string> out;
     std::istringstream in(buffer_.str());
     std::string line;
-    while (std::getline(in, line)) out.push_back(line);
+    while (std::getline(in, line))
+        out.push_back(line);
     return out;
 }
 
-bool cudaAvailable() { return vx::cudaDeviceCount() > 0; }
+bool cudaAvailable()
+{
+    return vx::cudaDeviceCount() > 0;
+}
 
 std::vector<std::string> availableBackends()
 {
     std::vector<std::string> b{"cpu"};
-    if (cudaAvailable()) b.push_back("cuda");
+    if (cudaAvailable())
+        b.push_back("cuda");
     return b;
 }
 
@@ -40,10 +45,14 @@ std::string settingName(const ::testing::TestParamInfo<Setting>& info)
 std::vector<int> allowTable(std::initializer_list<int> admitted)
 {
     std::vector<int> t(256, 0);
-    for (int c : admitted) t.at(c) = 1;
+    for (int c : admitted)
+        t.at(c) = 1;
     return t;
 }
 
-std::string dataFile(const std::string& name) { return std::string(VEXARO_DATA_DIR) + "/" + name; }
+std::string dataFile(const std::string& name)
+{
+    return std::string(VEXARO_DATA_DIR) + "/" + name;
+}
 
 } // namespace vxtest

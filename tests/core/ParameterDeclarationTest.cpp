@@ -32,7 +32,7 @@ TYPED_TEST(ParameterDeclarationTest, DefaultsSettersAndGettersFollowTheDeclarati
         EXPECT_LE(info.defaultValue, info.max) << #Name;                                                     \
         Vexaro<T> v;                                                                                         \
         EXPECT_EQ(v.get_##Name(), static_cast<Stored>(Default)) << #Name;                                    \
-        EXPECT_EQ(vxtest::engine(v).par.Name, static_cast<Stored>(Default)) << #Name;                               \
+        EXPECT_EQ(vxtest::engine(v).par.Name, static_cast<Stored>(Default)) << #Name;                        \
         const Arg x = static_cast<Arg>(vexaro::isWholeNumber(info.kind) ? 7 + index : 0.375 + index);        \
         v.set_##Name(x);                                                                                     \
         EXPECT_EQ(v.get_##Field(), static_cast<decltype(v.get_##Field())>(x)) << #Name;                      \

@@ -4,7 +4,8 @@
 
 using namespace vxtest;
 
-template <class T> class ParametersTest : public ::testing::Test {};
+template <class T> class ParametersTest : public ::testing::Test {
+};
 using Precisions = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(ParametersTest, Precisions);
 

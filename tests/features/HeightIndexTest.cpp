@@ -7,8 +7,9 @@ namespace {
 
 /// Height indices (by point) after a cubic decomposition of edge `cell`, with an optional
 /// allowed-classes table.
-template <class T> std::vector<float> heightIndices(Vexaro<T>& v, std::vector<VX_Point<T>> pts, double cell,
-                                                    std::vector<int> table = {})
+template <class T>
+std::vector<float> heightIndices(Vexaro<T>& v, std::vector<VX_Point<T>> pts, double cell,
+                                 std::vector<int> table = {})
 {
     CaptureStdout quiet;
     v.loadDirectData(pts.data(), static_cast<int>(pts.size()));
@@ -23,7 +24,10 @@ template <class T> std::vector<float> heightIndices(Vexaro<T>& v, std::vector<VX
 }
 
 /// The coordinate a kernel reads: float in the per-field layout.
-template <class T> T coord(double z, bool soa) { return soa ? T(float(z)) : T(z); }
+template <class T> T coord(double z, bool soa)
+{
+    return soa ? T(float(z)) : T(z);
+}
 
 /// The index of z between lo and hi as the kernel forms it: in T, stored as float.
 template <class T> float expectedIndex(double z, double lo, double hi, bool soa)

@@ -19,7 +19,10 @@ Cloud<T> grid(int cols, int rows, double dx, double dy, double z, double x0 = 0,
 }
 
 /// What the means hold after the per-field layout stored them as float.
-template <class T> T stored(T value, bool soa) { return soa ? T(float(value)) : value; }
+template <class T> T stored(T value, bool soa)
+{
+    return soa ? T(float(value)) : value;
+}
 
 constexpr int kPlanar = 5, kScatter = 6, kLinear = 7;
 

@@ -33,11 +33,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
                                      double(f.returnNumber(i)),
                                      double(f.numberOfReturns(i)),
                                      f.gpsTime(i)};
-            for (double v : values) sum += v;
+            for (double v : values)
+                sum += v;
             f.setClassification(i, f.classification(i));
         }
         // Writing back a class the record already holds must leave the bytes as they were.
-        if (f.bytes() != input) std::abort();
+        if (f.bytes() != input)
+            std::abort();
         if (f.size() > 0) {
             try {
                 f.setClassification(f.size() - 1, h.pointFormat >= 6 ? 256 : 32);
@@ -47,7 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
             f.setClassification(0, h.pointFormat >= 6 ? 255 : 31);
         }
         f.setCreationYear(static_cast<uint16_t>(f.size()));
-        if (f.bytes().size() != input.size()) std::abort();
+        if (f.bytes().size() != input.size())
+            std::abort();
         sink = sum;
     } catch (const vexaro::LasError&) {
     }

@@ -25,7 +25,8 @@ void save(const std::string& path, const std::vector<uint8_t>& bytes, std::size_
 
 void putLe(std::vector<uint8_t>& b, std::size_t at, uint64_t v, int n)
 {
-    for (int k = 0; k < n; ++k) b[at + k] = static_cast<uint8_t>(v >> (8 * k));
+    for (int k = 0; k < n; ++k)
+        b[at + k] = static_cast<uint8_t>(v >> (8 * k));
 }
 
 /// The file with only its first `keep` points and no EVLRs, its counts patched to match.
@@ -35,8 +36,10 @@ std::vector<uint8_t> shortened(const LasFile& f, std::size_t keep)
     std::vector<uint8_t> b(f.bytes().begin(),
                            f.bytes().begin() + h.offsetToPointData + keep * h.recordLength);
     uint32_t legacy = 0;
-    for (int k = 3; k >= 0; --k) legacy = (legacy << 8) | b[107 + k];
-    if (legacy != 0) putLe(b, 107, keep, 4);
+    for (int k = 3; k >= 0; --k)
+        legacy = (legacy << 8) | b[107 + k];
+    if (legacy != 0)
+        putLe(b, 107, keep, 4);
     if (h.versionMinor >= 4) {
         putLe(b, 235, 0, 8); // first EVLR
         putLe(b, 243, 0, 4); // EVLR count
@@ -66,7 +69,8 @@ int main(int argc, char** argv)
         try {
             const LasFile f = LasFile::read(argv[a]);
             for (const std::size_t keep : {std::size_t{1}, std::size_t{8}}) {
-                if (keep > f.size()) continue;
+                if (keep > f.size())
+                    continue;
                 const auto cut = shortened(f, keep);
                 save(stem + "_points" + std::to_string(keep), cut, cut.size());
                 ++written;

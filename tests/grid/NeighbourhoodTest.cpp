@@ -1,5 +1,5 @@
-#include "grid/Layouts.h"
 #include "grid/Neighbourhood.h"
+#include "grid/Layouts.h"
 
 #include <gtest/gtest.h>
 
@@ -22,20 +22,25 @@ struct Fixture {
         const int cells = cx * cy * cz;
         for (int c = 0; c < cells; ++c) {
             runs.push_back({c * perCell, (c + 1) * perCell, perCell});
-            for (int k = 0; k < perCell; ++k) links.push_back({c * perCell + k, c});
+            for (int k = 0; k < perCell; ++k)
+                links.push_back({c * perCell + k, c});
         }
     }
     std::vector<int> visitedCells(int g, Visit how = {})
     {
         std::vector<int> cells;
         forEachNeighbour(AosIndex{links.data()}, AosGroups{runs.data()}, grid, g, how, [&](int, int, int n) {
-            if (cells.empty() || cells.back() != n) cells.push_back(n);
+            if (cells.empty() || cells.back() != n)
+                cells.push_back(n);
         });
         return cells;
     }
 };
 
-int cell(const Fixture& f, int x, int y, int z) { return (x * f.grid.cellsY + y) * f.grid.cellsZ + z; }
+int cell(const Fixture& f, int x, int y, int z)
+{
+    return (x * f.grid.cellsY + y) * f.grid.cellsZ + z;
+}
 
 } // namespace
 
@@ -69,7 +74,8 @@ TEST(Neighbourhood, OrderIsXOuterThenYThenZAscending)
     std::vector<int> expected;
     for (int dx = -1; dx <= 1; ++dx)
         for (int dy = -1; dy <= 1; ++dy)
-            for (int dz = -1; dz <= 1; ++dz) expected.push_back(g + (dx * 3 + dy) * 3 + dz);
+            for (int dz = -1; dz <= 1; ++dz)
+                expected.push_back(g + (dx * 3 + dy) * 3 + dz);
     EXPECT_EQ(f.visitedCells(g), expected);
 }
 
@@ -88,7 +94,8 @@ TEST(Neighbourhood, SamplingVisitsStartThenEveryStepth)
     forEachNeighbour(AosIndex{f.links.data()}, AosGroups{f.runs.data()}, f.grid, 0, Visit{1000, false},
                      [&](int, int j, int) { positions.push_back(j); });
     ASSERT_EQ(positions.size(), 1250u);
-    for (size_t k = 0; k < positions.size(); ++k) EXPECT_EQ(positions[k], static_cast<int>(2 * k));
+    for (size_t k = 0; k < positions.size(); ++k)
+        EXPECT_EQ(positions[k], static_cast<int>(2 * k));
     EXPECT_EQ(positions.back(), 2498); // the last position, 2499, is not on the sequence
 }
 
@@ -103,7 +110,8 @@ TEST(Neighbourhood, OwnCellVisitSamplesWithItsDivisor)
 {
     Fixture f(3, 1, 1, 3000); // step 3000 / 1000 = 3
     std::vector<int> positions;
-    forEachInCell(AosIndex{f.links.data()}, AosGroups{f.runs.data()}, 1, 1000, [&](int, int j) { positions.push_back(j); });
+    forEachInCell(AosIndex{f.links.data()}, AosGroups{f.runs.data()}, 1, 1000,
+                  [&](int, int j) { positions.push_back(j); });
     ASSERT_EQ(positions.size(), 1000u);
     EXPECT_EQ(positions.front(), 3000);
     EXPECT_EQ(positions[1], 3003);
@@ -125,10 +133,12 @@ TEST(Neighbourhood, FarPointOfTheSameCellIsVisitedAndRejectedByDistance)
     Fixture f(1, 1, 1, 2);
     const float xs[2] = {0.f, 0.9f};
     int visited = 0, inRange = 0;
-    forEachNeighbour(AosIndex{f.links.data()}, AosGroups{f.runs.data()}, f.grid, 0, Visit{}, [&](int q, int, int) {
-        ++visited;
-        if (squaredDistance(xs[q] - xs[0], 0.f, 0.f) <= 0.5f * 0.5f) ++inRange;
-    });
+    forEachNeighbour(AosIndex{f.links.data()}, AosGroups{f.runs.data()}, f.grid, 0, Visit{},
+                     [&](int q, int, int) {
+                         ++visited;
+                         if (squaredDistance(xs[q] - xs[0], 0.f, 0.f) <= 0.5f * 0.5f)
+                             ++inRange;
+                     });
     EXPECT_EQ(visited, 2);
     EXPECT_EQ(inRange, 1);
 }

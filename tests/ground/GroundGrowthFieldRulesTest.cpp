@@ -2,8 +2,8 @@
 // and its two passes called entry by entry on the host backend.
 #include "core/StepContext.h"
 #include "ground/GroundTestSupport.h"
-#include "steps/ground/GrowthKernels.h"
 #include "steps/common/RemapClass.h"
+#include "steps/ground/GrowthKernels.h"
 
 using namespace vxtest;
 using namespace groundtest;
@@ -104,7 +104,10 @@ template <class T> struct FieldPasses {
         for (int i = 0; i < c().store.count; ++i)
             f(i);
     }
-    void first() { run(vx::k_growGround<T, vx::Fields>{vx::StepContext<T>(c()).views(vx::Fields{}), params()}); }
+    void first()
+    {
+        run(vx::k_growGround<T, vx::Fields>{vx::StepContext<T>(c()).views(vx::Fields{}), params()});
+    }
     void second() { run(vx::k_growGroundSoA<T>{vx::StepContext<T>(c()).views(vx::Fields{}), params()}); }
     void remap() { run(vx::k_remapClass<T, vx::Fields>{c().store.points(vx::Fields{}), 250, 2}); }
     std::vector<int> cls()

@@ -24,7 +24,8 @@ inline vx::las::LasFile makeLas(uint8_t minor, uint8_t format, const std::vector
 {
     const double s[3] = {scale, scale, scale}, o[3] = {offset, offset, offset};
     auto f = vx::las::LasFile::create(minor, format, s, o);
-    for (const auto& p : pts) f.addPoint(p);
+    for (const auto& p : pts)
+        f.addPoint(p);
     return f;
 }
 

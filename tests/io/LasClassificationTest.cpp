@@ -73,7 +73,8 @@ TEST(LasClassification, FlagBitsBesideTheClassAreKept)
         LasFile f = imageOf(format >= 6 ? 4 : 2, format);
         const auto before = f.bytes();
         const std::size_t start = f.header().offsetToPointData, stride = f.header().recordLength;
-        for (std::size_t i = 0; i < f.size(); ++i) f.setClassification(i, (f.classification(i) + 5) % 31);
+        for (std::size_t i = 0; i < f.size(); ++i)
+            f.setClassification(i, (f.classification(i) + 5) % 31);
         const auto& after = f.bytes();
         for (std::size_t i = 0; i < f.size(); ++i) {
             const std::size_t r = start + i * stride;
@@ -87,7 +88,8 @@ TEST(LasClassification, FlagBitsBesideTheClassAreKept)
         }
         // Synthetic, key-point and withheld flags of formats 0-5 sit above the 5 class bits.
         if (format < 6) {
-            for (std::size_t i = 0; i < f.size(); ++i) EXPECT_EQ(after[start + i * stride + 15] >> 5, i % 8);
+            for (std::size_t i = 0; i < f.size(); ++i)
+                EXPECT_EQ(after[start + i * stride + 15] >> 5, i % 8);
         }
     }
 }

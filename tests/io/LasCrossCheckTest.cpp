@@ -24,13 +24,17 @@ np.stack([np.asarray(c, dtype=np.float64) for c in columns], axis=1).astype('<f8
 
 constexpr int kColumns = 7;
 
-bool laspyAvailable() { return std::system("python3 -c 'import laspy' >/dev/null 2>&1") == 0; }
+bool laspyAvailable()
+{
+    return std::system("python3 -c 'import laspy' >/dev/null 2>&1") == 0;
+}
 
 } // namespace
 
 TEST(LasCrossCheck, SampleFilesDecodeAsLaspyDecodesThem)
 {
-    if (!laspyAvailable()) GTEST_SKIP() << "python3 with laspy is not installed";
+    if (!laspyAvailable())
+        GTEST_SKIP() << "python3 with laspy is not installed";
     const std::string script = lastest::tempPath("dump.py");
     {
         std::vector<uint8_t> text(kDumpScript, kDumpScript + std::strlen(kDumpScript));
@@ -38,7 +42,8 @@ TEST(LasCrossCheck, SampleFilesDecodeAsLaspyDecodesThem)
     }
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(VEXARO_DATA_DIR)) {
-        if (entry.path().extension() != ".las") continue;
+        if (entry.path().extension() != ".las")
+            continue;
         const std::string path = entry.path().string();
         SCOPED_TRACE(path);
         const std::string dump = lastest::tempPath("dump.bin");

@@ -17,7 +17,8 @@ namespace {
 uint64_t u64At(const std::vector<uint8_t>& b, std::size_t at)
 {
     uint64_t v = 0;
-    for (int k = 7; k >= 0; --k) v = (v << 8) | b[at + k];
+    for (int k = 7; k >= 0; --k)
+        v = (v << 8) | b[at + k];
     return v;
 }
 
@@ -55,7 +56,8 @@ TEST(LasGeneratedFiles, CreatedFilesOfEveryVersionAndFormatRoundTrip)
             SCOPED_TRACE("LAS 1." + std::to_string(minor) + " format " + std::to_string(format));
             LasFile f = LasFile::create(minor, format, scale, offset);
             const auto pts = newPoints(format, 40);
-            for (const auto& p : pts) f.addPoint(p);
+            for (const auto& p : pts)
+                f.addPoint(p);
             ASSERT_EQ(f.size(), pts.size());
             EXPECT_EQ(f.header().pointCount, pts.size());
             EXPECT_EQ(f.header().recordLength, lastest::recordSize(format));
@@ -84,8 +86,10 @@ TEST(LasGeneratedFiles, CreatedFilesOfEveryVersionAndFormatRoundTrip)
             const bool legacy = minor < 4 || format < 6;
             EXPECT_EQ(u32At(bytes, 107), legacy ? pts.size() : 0u);
             uint64_t byReturn[15] = {};
-            for (const auto& p : pts) ++byReturn[p.returnNumber - 1];
-            for (int r = 0; r < 5; ++r) EXPECT_EQ(u32At(bytes, 111 + 4 * r), legacy ? byReturn[r] : 0u);
+            for (const auto& p : pts)
+                ++byReturn[p.returnNumber - 1];
+            for (int r = 0; r < 5; ++r)
+                EXPECT_EQ(u32At(bytes, 111 + 4 * r), legacy ? byReturn[r] : 0u);
             if (minor == 4) {
                 EXPECT_EQ(u64At(bytes, 247), pts.size());
                 for (int r = 0; r < 15; ++r)

@@ -18,7 +18,8 @@ std::vector<std::string> sampleFiles()
 {
     std::vector<std::string> files;
     for (const auto& entry : std::filesystem::directory_iterator(VEXARO_DATA_DIR))
-        if (entry.path().extension() == ".las") files.push_back(entry.path().string());
+        if (entry.path().extension() == ".las")
+            files.push_back(entry.path().string());
     std::sort(files.begin(), files.end());
     return files;
 }
@@ -111,8 +112,10 @@ TEST(LasSampleFiles, ReclassifyingChangesOnlyClassBitsAndCreationYear)
         const uint8_t mask = lastest::classMask(format);
         std::size_t changedRecords = 0;
         for (std::size_t k = 0; k < written.size(); ++k) {
-            if (written[k] == original[k]) continue;
-            if (k == 92 || k == 93) continue;
+            if (written[k] == original[k])
+                continue;
+            if (k == 92 || k == 93)
+                continue;
             ASSERT_GE(k, start) << "header or VLR byte " << k << " changed";
             ASSERT_LT(k, start + f.size() * stride) << "byte " << k << " after the points changed";
             ASSERT_EQ((k - start) % stride, classAt) << "byte " << k << " is not a class byte";
@@ -137,5 +140,6 @@ TEST(LasSampleFiles, VlrDirectoryOfTheLas14SampleIsDecoded)
 {
     const LasFile f = LasFile::read(std::string(VEXARO_DATA_DIR) + "/ign_hd_0382_6565_decimated_cropped.las");
     EXPECT_EQ(f.vlrs().size(), f.header().vlrCount + f.header().evlrCount);
-    for (const auto& v : f.vlrs()) EXPECT_LE(v.userId.size(), 16u);
+    for (const auto& v : f.vlrs())
+        EXPECT_LE(v.userId.size(), 16u);
 }

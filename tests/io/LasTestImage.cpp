@@ -13,25 +13,42 @@ namespace lastest {
 
 namespace {
 
-uint8_t filler(std::size_t pos) { return static_cast<uint8_t>((pos * 31 + 7) & 0xFF); }
+uint8_t filler(std::size_t pos)
+{
+    return static_cast<uint8_t>((pos * 31 + 7) & 0xFF);
+}
 
 void putBytes(std::vector<uint8_t>& b, std::size_t at, uint64_t v, int n)
 {
-    for (int k = 0; k < n; ++k) b[at + k] = static_cast<uint8_t>(v >> (8 * k));
+    for (int k = 0; k < n; ++k)
+        b[at + k] = static_cast<uint8_t>(v >> (8 * k));
 }
 
 void putText(std::vector<uint8_t>& b, std::size_t at, const std::string& s, std::size_t n)
 {
-    for (std::size_t k = 0; k < n; ++k) b[at + k] = k < s.size() ? static_cast<uint8_t>(s[k]) : 0;
+    for (std::size_t k = 0; k < n; ++k)
+        b[at + k] = k < s.size() ? static_cast<uint8_t>(s[k]) : 0;
 }
 
-int headerSizeOf(int minor) { return minor >= 4 ? 375 : minor == 3 ? 235 : 227; }
+int headerSizeOf(int minor)
+{
+    return minor >= 4 ? 375 : minor == 3 ? 235 : 227;
+}
 
 } // namespace
 
-void putU16(std::vector<uint8_t>& b, std::size_t at, uint16_t v) { putBytes(b, at, v, 2); }
-void putU32(std::vector<uint8_t>& b, std::size_t at, uint32_t v) { putBytes(b, at, v, 4); }
-void putU64(std::vector<uint8_t>& b, std::size_t at, uint64_t v) { putBytes(b, at, v, 8); }
+void putU16(std::vector<uint8_t>& b, std::size_t at, uint16_t v)
+{
+    putBytes(b, at, v, 2);
+}
+void putU32(std::vector<uint8_t>& b, std::size_t at, uint32_t v)
+{
+    putBytes(b, at, v, 4);
+}
+void putU64(std::vector<uint8_t>& b, std::size_t at, uint64_t v)
+{
+    putBytes(b, at, v, 8);
+}
 void putF64(std::vector<uint8_t>& b, std::size_t at, double v)
 {
     uint64_t bits;
@@ -51,8 +68,14 @@ int gpsOffset(int format)
     return offsets[format];
 }
 
-int classOffset(int format) { return format >= 6 ? 16 : 15; }
-uint8_t classMask(int format) { return format >= 6 ? 0xFF : 0x1F; }
+int classOffset(int format)
+{
+    return format >= 6 ? 16 : 15;
+}
+uint8_t classMask(int format)
+{
+    return format >= 6 ? 0xFF : 0x1F;
+}
 
 std::vector<ImagePoint> samplePoints(int format, int n)
 {
@@ -78,17 +101,20 @@ std::vector<uint8_t> buildImage(const ImageLayout& s)
 {
     const std::size_t headerSize = headerSizeOf(s.minor) + s.headerPadding;
     std::size_t vlrBytes = 0;
-    for (const auto& v : s.vlrs) vlrBytes += 54 + v.payload.size();
+    for (const auto& v : s.vlrs)
+        vlrBytes += 54 + v.payload.size();
     const std::size_t signature = (s.minor == 0 && s.startSignature) ? 2 : 0;
     const std::size_t offset = headerSize + vlrBytes + signature + s.gapBeforePoints;
     const std::size_t rec = recordSize(s.format) + s.extraBytes;
     const std::size_t n = s.points.size();
     const std::size_t evlrStart = offset + n * rec;
     std::size_t evlrBytes = 0;
-    for (const auto& v : s.evlrs) evlrBytes += 60 + v.payload.size();
+    for (const auto& v : s.evlrs)
+        evlrBytes += 60 + v.payload.size();
 
     std::vector<uint8_t> b(evlrStart + evlrBytes);
-    for (std::size_t k = 0; k < b.size(); ++k) b[k] = filler(k);
+    for (std::size_t k = 0; k < b.size(); ++k)
+        b[k] = filler(k);
 
     // Public header block.
     putText(b, 0, "LASF", 4);
@@ -109,8 +135,10 @@ std::vector<uint8_t> buildImage(const ImageLayout& s)
     putU32(b, 107, legacy ? static_cast<uint32_t>(n) : 0);
     uint64_t byReturn[15] = {};
     for (const auto& p : s.points)
-        if (p.returnNumber >= 1 && p.returnNumber <= 15) ++byReturn[p.returnNumber - 1];
-    for (int r = 0; r < 5; ++r) putU32(b, 111 + 4 * r, legacy ? static_cast<uint32_t>(byReturn[r]) : 0);
+        if (p.returnNumber >= 1 && p.returnNumber <= 15)
+            ++byReturn[p.returnNumber - 1];
+    for (int r = 0; r < 5; ++r)
+        putU32(b, 111 + 4 * r, legacy ? static_cast<uint32_t>(byReturn[r]) : 0);
     double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
     for (std::size_t i = 0; i < n; ++i) {
         const int32_t raw[3] = {s.points[i].x, s.points[i].y, s.points[i].z};
@@ -126,12 +154,14 @@ std::vector<uint8_t> buildImage(const ImageLayout& s)
         putF64(b, 179 + 16 * a, hi[a]);
         putF64(b, 187 + 16 * a, lo[a]);
     }
-    if (s.minor >= 3) putU64(b, 227, 0);
+    if (s.minor >= 3)
+        putU64(b, 227, 0);
     if (s.minor >= 4) {
         putU64(b, 235, s.evlrs.empty() ? 0 : evlrStart);
         putU32(b, 243, static_cast<uint32_t>(s.evlrs.size()));
         putU64(b, 247, n);
-        for (int r = 0; r < 15; ++r) putU64(b, 255 + 8 * r, byReturn[r]);
+        for (int r = 0; r < 15; ++r)
+            putU64(b, 255 + 8 * r, byReturn[r]);
     }
 
     std::size_t pos = headerSize;
@@ -165,7 +195,8 @@ std::vector<uint8_t> buildImage(const ImageLayout& s)
             b[r + 14] = static_cast<uint8_t>(p.returnNumber | (p.numberOfReturns << 3) | (b[r + 14] & 0xC0));
             b[r + 15] = static_cast<uint8_t>(p.classification | (p.flags << 5));
         }
-        if (gpsOffset(s.format)) putF64(b, r + gpsOffset(s.format), p.gpsTime);
+        if (gpsOffset(s.format))
+            putF64(b, r + gpsOffset(s.format), p.gpsTime);
     }
 
     pos = evlrStart;

@@ -1,6 +1,6 @@
+#include "api/FileNames.h"
 #include "common/TestSupport.h"
 #include "io/ExchangeFiles.h"
-#include "api/FileNames.h"
 
 using namespace vxtest;
 
@@ -25,8 +25,9 @@ TEST(Loading, CoordinatesAreCentredOnTheBoundingBox)
 TEST(Loading, LastReturnFlagComparesReturnNumberWithNumberOfReturns)
 {
     const auto path = scratchPath("returns.las");
-    makeLas(4, 6, {lasPoint(0, 0, 0, 1, 1, 1), lasPoint(1, 0, 0, 1, 1, 2), lasPoint(2, 0, 0, 1, 2, 2),
-                   lasPoint(3, 0, 0, 1, 2, 3)})
+    makeLas(4, 6,
+            {lasPoint(0, 0, 0, 1, 1, 1), lasPoint(1, 0, 0, 1, 1, 2), lasPoint(2, 0, 0, 1, 2, 2),
+             lasPoint(3, 0, 0, 1, 2, 3)})
         .write(path);
     Vexaro<float> v;
     v.setFacadeMessageLevel(0);
@@ -57,9 +58,10 @@ TEST(Loading, MessagesByFacadeLevel)
     v.setFacadeMessageLevel(4);
     CaptureStdout out;
     v.loadLASFile(path);
-    EXPECT_EQ(out.text(), "Reading file: " + path +
-                              "\nHeader Loaded \nPoints Loaded! \nConverting LAS points into internal format  2\n"
-                              "Offset X:  50\nOffset Y:  10\nOffset Z:  2\nSyncing LAS data \n");
+    EXPECT_EQ(out.text(),
+              "Reading file: " + path +
+                  "\nHeader Loaded \nPoints Loaded! \nConverting LAS points into internal format  2\n"
+                  "Offset X:  50\nOffset Y:  10\nOffset Z:  2\nSyncing LAS data \n");
     Vexaro<float> quiet;
     quiet.setFacadeMessageLevel(3);
     out.clear();
@@ -74,7 +76,8 @@ TEST(Loading, ProgressLineEveryMillionPoints)
         const double s[3] = {0.01, 0.01, 0.01}, o[3] = {0, 0, 0};
         auto f = vx::las::LasFile::create(2, 0, s, o);
         f.reserve(2500000);
-        for (int i = 0; i < 2500000; ++i) f.addPoint(lasPoint(i % 1000, i / 1000, 0));
+        for (int i = 0; i < 2500000; ++i)
+            f.addPoint(lasPoint(i % 1000, i / 1000, 0));
         f.write(path);
     }
     Vexaro<float> v;

@@ -13,7 +13,8 @@ std::vector<std::string> readLines(const std::string& path)
     std::ifstream in(path);
     std::vector<std::string> lines;
     std::string l;
-    while (std::getline(in, l)) lines.push_back(l);
+    while (std::getline(in, l))
+        lines.push_back(l);
     return lines;
 }
 

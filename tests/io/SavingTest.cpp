@@ -21,7 +21,9 @@ template <class T> void reclassify(Vexaro<T>& v, int cls)
 TEST(Saving, OnlyClassesAndCreationYearChange)
 {
     const auto in = scratchPath("in.las"), out = scratchPath("out.las");
-    makeLas(2, 3, {lasPoint(0, 0, 0, 1, 1, 2, 100), lasPoint(5, 1, 2, 1, 2, 2, 200), lasPoint(9, 3, 1, 1, 1, 1, 300)})
+    makeLas(
+        2, 3,
+        {lasPoint(0, 0, 0, 1, 1, 2, 100), lasPoint(5, 1, 2, 1, 2, 2, 200), lasPoint(9, 3, 1, 1, 1, 1, 300)})
         .write(in);
     Vexaro<float> v;
     v.setFacadeMessageLevel(0);
@@ -77,7 +79,8 @@ TEST(Saving, AMillionPointsPrintOneProgressLine)
         const double s[3] = {0.01, 0.01, 0.01}, o[3] = {0, 0, 0};
         auto f = vx::las::LasFile::create(2, 0, s, o);
         f.reserve(1000000);
-        for (int i = 0; i < 1000000; ++i) f.addPoint(lasPoint(i % 1000, i / 1000, 0));
+        for (int i = 0; i < 1000000; ++i)
+            f.addPoint(lasPoint(i % 1000, i / 1000, 0));
         f.write(in);
     }
     Vexaro<float> v;
@@ -85,8 +88,8 @@ TEST(Saving, AMillionPointsPrintOneProgressLine)
     v.loadLASFile(in);
     CaptureStdout captured;
     v.saveLASFile(out);
-    EXPECT_EQ(captured.text(),
-              "Messages:  1\nPoints:  1000000 1000000\nWriting points \nWrtiting points ... 1000000\nWriting done! \n");
+    EXPECT_EQ(captured.text(), "Messages:  1\nPoints:  1000000 1000000\nWriting points \nWrtiting points ... "
+                               "1000000\nWriting done! \n");
     std::remove(in.c_str());
     std::remove(out.c_str());
 }
@@ -141,7 +144,8 @@ TEST(Saving, UnwritableOutputIsSilent)
 
 TEST(Saving, ClassBufferHoldsTheLowSixteenBits)
 {
-    std::vector<VX_Point<float>> pts{point<float>(0, 0, 0, 70000), point<float>(1, 0, 0, -1), point<float>(2, 0, 0, 6)};
+    std::vector<VX_Point<float>> pts{point<float>(0, 0, 0, 70000), point<float>(1, 0, 0, -1),
+                                     point<float>(2, 0, 0, 6)};
     Vexaro<float> v;
     v.loadDirectData(pts.data(), 3);
     std::vector<short> buffer(3, 0);

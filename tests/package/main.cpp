@@ -10,7 +10,8 @@ int main()
     v.setComputeBackend("cpu");
     v.setMessageLevel(0);
     std::vector<VX_Point<float>> pts(4);
-    for (int i = 0; i < 4; ++i) pts[i] = {float(i), float(i % 2), 0.f, 0, 0, 0, 0.f, 1, 1};
+    for (int i = 0; i < 4; ++i)
+        pts[i] = {float(i), float(i % 2), 0.f, 0, 0, 0, 0.f, 1, 1};
     v.loadDirectData(pts.data(), 4);
     v.set_ResetOptionalRange(0.f);
     v.regularGridDecomposition3Dcube(10.0);
@@ -18,7 +19,8 @@ int main()
     std::vector<short> classes(4);
     v.saveClassesToBuffer(classes.data(), 4);
     for (short c : classes)
-        if (c != 2) return 1;
+        if (c != 2)
+            return 1;
     std::cout << "package ok: " << v.getAvailableDevices().size() << " device(s)\n";
     return 0;
 }

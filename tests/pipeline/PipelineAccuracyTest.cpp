@@ -79,8 +79,8 @@ const std::vector<int>& classified(const Run& r)
     const std::string key = runName(r);
     auto it = cache.find(key);
     if (it == cache.end()) {
-        std::vector<int> classes = std::string(r.precision) == "double" ? classify<double>(r.soa)
-                                                                         : classify<float>(r.soa);
+        std::vector<int> classes =
+            std::string(r.precision) == "double" ? classify<double>(r.soa) : classify<float>(r.soa);
         it = cache.emplace(key, std::move(classes)).first;
     }
     return it->second;

@@ -6,12 +6,12 @@ namespace vx {
 template <class T> class StepContext;
 }
 
-#define VX_DECLARE_STEP(name)                                                                                          \
-    namespace vx::host {                                                                                               \
-    template <class T> void name(vx::StepContext<T>& c);                                                                \
-    }                                                                                                                  \
-    namespace vx::cuda {                                                                                               \
-    template <class T> void name(vx::StepContext<T>& c);                                                                \
+#define VX_DECLARE_STEP(name)                                                                                \
+    namespace vx::host {                                                                                     \
+    template <class T> void name(vx::StepContext<T>& c);                                                     \
+    }                                                                                                        \
+    namespace vx::cuda {                                                                                     \
+    template <class T> void name(vx::StepContext<T>& c);                                                     \
     }
 
 VX_DECLARE_STEP(runNormals)
@@ -28,6 +28,6 @@ VX_DECLARE_STEP(runVegetation)
 #undef VX_DECLARE_STEP
 
 /// Explicit instantiations of a driver for both precisions, in the backend of this unit.
-#define VX_INSTANTIATE_STEP(name)                                                                                      \
-    template void vx::VX_BACKEND_NS::name<float>(vx::StepContext<float>&);                                              \
+#define VX_INSTANTIATE_STEP(name)                                                                            \
+    template void vx::VX_BACKEND_NS::name<float>(vx::StepContext<float>&);                                   \
     template void vx::VX_BACKEND_NS::name<double>(vx::StepContext<double>&);

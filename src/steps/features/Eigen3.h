@@ -18,7 +18,10 @@ VX_HD inline Vec3d cross(const Vec3d& a, const Vec3d& b)
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
-VX_HD inline double dot(const Vec3d& a, const Vec3d& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+VX_HD inline double dot(const Vec3d& a, const Vec3d& b)
+{
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
 
 /// S v for a 3 x 3 matrix S.
 VX_HD inline Vec3d multiply(const double s[3][3], const Vec3d& v)

@@ -3,12 +3,12 @@
 #pragma once
 
 #include "exec/Hd.h"
-#include "steps/features/Eigen3.h"
-#include "steps/features/Means.h"
 #include "grid/GridTypes.h"
 #include "grid/Layouts.h"
 #include "grid/Neighbourhood.h"
 #include "grid/PointKernel.h"
+#include "steps/features/Eigen3.h"
+#include "steps/features/Means.h"
 
 namespace vx {
 
