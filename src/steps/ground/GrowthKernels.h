@@ -115,11 +115,12 @@ template <class T> struct GroundPlaneSearch {
     }
 };
 
-/// Rules of the first growth pass. The record form (k_growGround) lets every related neighbour
-/// (admitted, ground or marked) clear `lowest`, grows last returns only, and leaves a rejected point
-/// unchanged. The per-field form (k_growGroundIntSoA) looks at ground neighbours only (for `lowest`
-/// too), does not test the last return, and gives a point rejected against a ground neighbour in
-/// range its class + 1000, so that the second per-field pass leaves it alone.
+/// Rules of the first growth pass. Both forms take admitted last returns only: a first return is
+/// neither grown nor marked. The record form (k_growGround) lets every related neighbour
+/// (admitted, ground or marked) clear `lowest` and leaves a rejected point unchanged. The per-field
+/// form (k_growGroundIntSoA) looks at ground neighbours only (for `lowest` too) and gives a point
+/// rejected against a ground neighbour in range its class + 1000, so that the second per-field
+/// pass leaves it alone.
 enum class FirstPassRules { Records, Fields };
 
 template <class T, class Points, class Index, class Groups, FirstPassRules Rules>
@@ -132,7 +133,7 @@ struct GrowGround : NeighbourhoodKernel<T, Points, Index, Groups> {
         if (p < 0)
             return;
         const int cls = this->pts.cls(p);
-        if (Rules == FirstPassRules::Records && this->pts.lastReturn(p) != 1)
+        if (this->pts.lastReturn(p) != 1)
             return;
         const T P[3] = {T(this->pts.x(p)), T(this->pts.y(p)), T(this->pts.z(p))};
         GroundPlaneSearch<T> search(P[0], P[1], P[2], par, this->grid.maxX - this->grid.minX);
