@@ -126,6 +126,11 @@ public:
     void performVegetationClassification(int lowVegetationClass, int mediumVegetationClass,
                                          int highVegetationClass, int groundClass, int ignored);
 
+    /// Gives groundClass to the admitted points (allowed-input-classes table) that lie on the
+    /// terrain: the surface left by cutting from the lowest points of TerrainCellSize cells every
+    /// object narrower than twice TerrainWindow. Needs no grid and no normals.
+    void classifyTerrainGround(int groundClass);
+
     /// Number of points held by the engine.
     int pointCount() const;
     /// Copy of the host records (gathered from the per-field arrays in that layout).

@@ -95,7 +95,21 @@
     X(VegetationHighLimit, VegetationHighLimit, Height, 2.0, "m", -1000, 1000, "vegetation", Vegetation, 0,  \
       "medium/high vegetation limit above the ground")                                                       \
     X(VegetationRatio, VegetationRatio, Ratio, 0.5, "", -1000, 1000, "vegetation", Vegetation, 0,            \
-      "weight of the vegetation plane against the ground plane")
+      "weight of the vegetation plane against the ground plane")                                             \
+    X(TerrainCellSize, TerrainCellSize, Length, 1.0, "m", 0.001, 1000, "terrain", TerrainGround, 0,          \
+      "cell edge of the terrain surface")                                                                    \
+    X(TerrainWindow, TerrainWindow, Length, 40.0, "m", 0, 10000, "terrain", TerrainGround, 0,                \
+      "half-width of the widest opening; objects up to twice as wide are cut")                               \
+    X(TerrainSlope, TerrainSlope, Ratio, 0.3, "", 0, 100, "terrain", TerrainGround, 0,                       \
+      "steepest terrain slope (rise per run) that the openings keep")                                        \
+    X(TerrainClimb, TerrainClimb, Ratio, 0.0, "", 0, 100, "terrain", TerrainGround, 0,                       \
+      "slope (rise per run) between neighbouring cells that joins an object to the terrain; 0: off")         \
+    X(TerrainStepHeight, TerrainStepHeight, Height, 0.3, "m", 0, 1000, "terrain", TerrainGround, 0,          \
+      "drop of one opening that marks an object, besides the slope's")                                       \
+    X(TerrainGroundDistance, TerrainGroundDistance, Height, 0.5, "m", 0, 1000, "terrain", TerrainGround, 0,  \
+      "largest distance of a ground point from the terrain surface")                                         \
+    X(TerrainGradientFactor, TerrainGradientFactor, Ratio, 1.25, "", 0, 1000, "terrain", TerrainGround, 0,   \
+      "extra distance per unit of the surface's slope")
 
 // The C++ type of each kind: VEXARO_PARAMETER_TYPE_<Kind> is what the engine stores and get_
 // returns, VEXARO_PARAMETER_ARG_<Kind> what set_ takes. T is the precision of Vexaro<T>.
@@ -131,6 +145,7 @@ enum ParameterStep : unsigned {
     BuildingSeeds = 1u << 5,      ///< findBuildingSeed
     BuildingGrowth = 1u << 6,     ///< performIterativeBuildingGrowth
     Vegetation = 1u << 7,         ///< performVegetationClassification
+    TerrainGround = 1u << 8,      ///< classifyTerrainGround
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

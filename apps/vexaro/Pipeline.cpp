@@ -137,7 +137,7 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
                  const ProgressFn& progress)
 {
     using namespace cls;
-    const int steps = 11 + (options.output.empty() ? 0 : 1);
+    const int steps = (options.terrainGround ? 8 : 11) + (options.output.empty() ? 0 : 1);
     StepRunner<T> step(v, steps, progress);
 
     if (options.recommendedParameters)
@@ -168,28 +168,39 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
     // out of the ground steps until the low-point correction has judged them. The seed columns
     // are wider than any building, so their lowest points lie on the ground.
     const auto groundCandidates = admit({kUnclassified, kPlanar, kScatter, kLinear});
-    step.run("low points", "low points", {kLowPoint}, [&] {
-        v.regularGridDecomposition2D(options.seedCellSize, options.seedCellSize);
-        setAllowed(v, admit({kUnclassified}));
-        v.gatherLowPoints(kLowPoint, kGround);
-    });
-    step.run("ground seeds", "ground", {kGround}, [&] {
-        setAllowed(v, groundCandidates);
-        v.calculateHeightIndex(kGround); // the argument has no effect on the result
-        v.findGroundSeed(kGround);
-    });
+    if (options.terrainGround) {
+        step.run("terrain ground", "ground", {kGround}, [&] {
+            setAllowed(v, groundCandidates);
+            v.classifyTerrainGround(kGround);
+            if (options.gridCellSize > 0)
+                v.regularGridDecomposition2D(options.gridCellSize, options.gridCellSize);
+            else
+                v.regularGridDecomposition2DFromRanges();
+        });
+    } else {
+        step.run("low points", "low points", {kLowPoint}, [&] {
+            v.regularGridDecomposition2D(options.seedCellSize, options.seedCellSize);
+            setAllowed(v, admit({kUnclassified}));
+            v.gatherLowPoints(kLowPoint, kGround);
+        });
+        step.run("ground seeds", "ground", {kGround}, [&] {
+            setAllowed(v, groundCandidates);
+            v.calculateHeightIndex(kGround); // the argument has no effect on the result
+            v.findGroundSeed(kGround);
+        });
 
-    // Everything after the seeds works in one grid of columns as wide as the farthest search.
-    step.run("ground growth", "ground", {kGround}, [&] {
-        if (options.gridCellSize > 0)
-            v.regularGridDecomposition2D(options.gridCellSize, options.gridCellSize);
-        else
-            v.regularGridDecomposition2DFromRanges();
-        setAllowed(v, groundCandidates);
-        v.performIterativeGroundGrowth(kGround);
-    });
-    step.run("low-point correction", "low points", {kLowPoint},
-             [&] { v.performLowPointCorrection(kGround, kLowPoint, kUnclassified); });
+        // Everything after the seeds works in one grid of columns as wide as the farthest search.
+        step.run("ground growth", "ground", {kGround}, [&] {
+            if (options.gridCellSize > 0)
+                v.regularGridDecomposition2D(options.gridCellSize, options.gridCellSize);
+            else
+                v.regularGridDecomposition2DFromRanges();
+            setAllowed(v, groundCandidates);
+            v.performIterativeGroundGrowth(kGround);
+        });
+        step.run("low-point correction", "low points", {kLowPoint},
+                 [&] { v.performLowPointCorrection(kGround, kLowPoint, kUnclassified); });
+    }
 
     // Building points themselves stay out: an admitted building point would be marked again in
     // every growth pass and, marked, stop counting as building for the points after it.

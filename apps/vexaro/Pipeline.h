@@ -47,6 +47,8 @@ struct PipelineOptions {
     std::string normalsBaseName;
     /// Where the classified cloud is written; empty: not written.
     std::string output;
+    /// Ground from the terrain surface (classifyTerrainGround) instead of seeds and growth.
+    bool terrainGround = true;
     /// Replace the library's defaults listed by recommendedParameters() before the first step.
     bool recommendedParameters = true;
 };

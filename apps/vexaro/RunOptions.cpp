@@ -2,9 +2,13 @@
 
 #include "ParamsFile.h"
 
+#include "las/LasFile.h"
+
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <iostream>
+#include <unordered_set>
 
 namespace vx::app {
 
@@ -29,6 +33,10 @@ bool parseRunOption(ArgList& args, const std::string& token, RunOptions& run)
         if (precision != "float" && precision != "double")
             throw UsageError("--precision takes float or double, not '" + precision + "'");
         run.doublePrecision = precision == "double";
+    } else if (token == "--preset") {
+        run.preset = args.value(token);
+        if (run.preset != "none")
+            presetNamed(run.preset);
     } else if (token == "--log") {
         run.logPath = args.value(token);
     } else if (token == "-q" || token == "--quiet") {
@@ -58,12 +66,38 @@ const char* runOptionsHelp()
            "  --backend B            auto (CUDA when a device is present, else CPU), cpu or cuda\n"
            "  --layout L             soa (default) or aos: the library's memory layout\n"
            "  --precision P          float (default) or double\n"
+           "  --preset P             auto (default: from the data), flat, city, forest, mountain, or none\n"
+           "                         (the library's defaults); see 'vexaro params --presets'\n"
            "  --log FILE             write the library's own messages to FILE\n"
            "  -v, --verbose          show the library's own messages on the terminal\n"
            "  -q, --quiet            print nothing but errors\n";
 }
 
 namespace {
+
+/// Spacing of all returns and of last returns over the occupied 2 x 2 unit cells.
+DataScale scaleOfFile(const std::string& input)
+{
+    const auto file = vx::las::LasFile::read(input);
+    std::unordered_set<long long> all, last;
+    const double cell = 2.0;
+    std::size_t lastCount = 0;
+    for (std::size_t i = 0; i < file.size(); ++i) {
+        const long long key = static_cast<long long>(std::floor(file.x(i) / cell)) * 100000007LL +
+                              static_cast<long long>(std::floor(file.y(i) / cell));
+        all.insert(key);
+        if (file.returnNumber(i) >= file.numberOfReturns(i)) {
+            last.insert(key);
+            ++lastCount;
+        }
+    }
+    DataScale s;
+    if (!all.empty())
+        s.spacing = std::sqrt(cell * cell * all.size() / static_cast<double>(file.size()));
+    if (!last.empty())
+        s.lastSpacing = std::sqrt(cell * cell * last.size() / static_cast<double>(lastCount));
+    return s;
+}
 
 template <class T>
 RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, PipelineOptions pipeline,
@@ -89,6 +123,14 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
     if (pipeline.recommendedParameters)
         applyRecommendedParameters(v);
     pipeline.recommendedParameters = false;
+    if (run.preset != "none") {
+        std::vector<Setting> derived;
+        for (const auto& d : deriveParameters(presetNamed(run.preset), scaleOfFile(input)))
+            derived.push_back({d.name, d.value});
+        applySettings(derived, v, pipeline);
+    } else {
+        pipeline.terrainGround = false;
+    }
     applySettings(settings, v, pipeline);
     result.backend = v.computeBackend();
     reporter.note("backend " + result.backend + ", layout " + (run.soa ? "soa" : "aos") + ", precision " +

@@ -5,6 +5,7 @@
 #include "Console.h"
 #include "ParameterTable.h"
 #include "Pipeline.h"
+#include "Presets.h"
 
 #include <string>
 #include <vector>
@@ -19,6 +20,8 @@ struct RunOptions {
     bool doublePrecision = false;
     std::string logPath;
     bool quiet = false, verbose = false;
+    std::string preset = "auto"; ///< a name of presets(), or "none": the library's defaults and the
+                                 ///< recommended values only
 };
 
 /// Takes `token` (and its value) when it is one of the shared options; false otherwise.

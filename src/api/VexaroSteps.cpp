@@ -167,6 +167,18 @@ void Vexaro<T>::performVegetationClassification(int lowVegetationClass, int medi
     runStep("aos-only", [&] { VX_STEP(runVegetation, runVegetation); });
 }
 
+template <class T> void Vexaro<T>::classifyTerrainGround(int groundClass)
+{
+    if (!core->dataLoaded) {
+        facadeMessage(0, "ERROR! Data not loaded!");
+        return;
+    }
+    if (!parametersValidFor(vexaro::TerrainGround))
+        return;
+    core->slots.GroundClass = groundClass;
+    runStep("both", [&] { VX_STEP(runTerrainGround, runTerrainGround); });
+}
+
 #undef VX_STEP
 
 #define VX_INSTANTIATE_FACADE_STEPS(T)                                                                       \
@@ -183,6 +195,7 @@ void Vexaro<T>::performVegetationClassification(int lowVegetationClass, int medi
     template void Vexaro<T>::performLowPointCorrection(int, int, int);                                       \
     template void Vexaro<T>::findBuildingSeed(int, int, int, int);                                           \
     template void Vexaro<T>::performIterativeBuildingGrowth(int, int, int, int);                             \
-    template void Vexaro<T>::performVegetationClassification(int, int, int, int, int);
+    template void Vexaro<T>::performVegetationClassification(int, int, int, int, int);                       \
+    template void Vexaro<T>::classifyTerrainGround(int);
 VX_INSTANTIATE_FACADE_STEPS(float)
 VX_INSTANTIATE_FACADE_STEPS(double)

@@ -6,6 +6,7 @@
 
 #include <thrust/count.h>
 #include <thrust/extrema.h>
+#include <thrust/fill.h>
 #include <thrust/sort.h>
 #ifdef __CUDACC__
 #include <thrust/system/cuda/execution_policy.h>
@@ -48,6 +49,13 @@ void minMaxPositions(const T* first, int n, Less less, int& minPos, int& maxPos)
     auto r = thrust::minmax_element(policy(), first, first + n, less);
     minPos = static_cast<int>(r.first - first);
     maxPos = static_cast<int>(r.second - first);
+}
+
+/// Sets the n elements from first to value.
+template <class T> void fillWith(T* first, int n, T value)
+{
+    if (n > 0)
+        thrust::fill(policy(), first, first + n, value);
 }
 
 template <class T, class Pred> long long countIf(const T* first, int n, Pred pred)

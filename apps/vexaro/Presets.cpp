@@ -1,0 +1,97 @@
+#include "Presets.h"
+
+#include "ParameterTable.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace vx::app {
+
+const std::vector<Preset>& presets()
+{
+    static const std::vector<Preset> table = {
+        {"auto", "chosen from the data (the general values unless the data says otherwise)", 40.0, 0.5,
+         "the general values: halls up to 80 m are cut from the terrain, and slopes up to about 27 degrees "
+         "stay ground"},
+        {"flat", "plains, farmland, gentle towns", 40.0, 0.25,
+         "gentle ground: a low slope limit also cuts cars, hedges and low sheds"},
+        {"city", "dense towns with large halls and flat roofs", 60.0, 0.4,
+         "the widest window cuts buildings up to 120 m across; slopes up to about 22 degrees stay ground"},
+        {"forest", "closed canopy, few ground returns", 40.0, 0.6,
+         "the canopy is cut wherever a few returns reach the ground; slopes up to about 31 degrees stay "
+         "ground"},
+        {"mountain", "steep slopes, ridges and terraces", 25.0, 1.0,
+         "slopes up to 45 degrees stay ground; narrower windows keep ridges and summits that wider ones "
+         "would "
+         "cut, at the cost of buildings wider than 50 m"},
+    };
+    return table;
+}
+
+const Preset& presetNamed(const std::string& name)
+{
+    for (const auto& p : presets())
+        if (name == p.name)
+            return p;
+    std::string names;
+    for (const auto& p : presets())
+        names += std::string(names.empty() ? "" : ", ") + p.name;
+    throw UsageError("unknown preset '" + name + "' (known: " + names + ")");
+}
+
+namespace {
+
+/// Keeps a spacing inside what the rules can use: beyond 10 m nothing is judged anyway.
+double usable(double spacing, double fallback)
+{
+    if (!(spacing > 0))
+        spacing = fallback;
+    return std::clamp(spacing, 0.05, 10.0);
+}
+
+} // namespace
+
+std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataScale& scale)
+{
+    const double all = usable(scale.spacing, 0.3);
+    const double last = std::max(all, usable(scale.lastSpacing, all));
+    const double h = scale.metresPerUnit > 0 ? scale.metresPerUnit : 1.0;
+    const double v = scale.metresPerVerticalUnit > 0 ? scale.metresPerVerticalUnit : h;
+    std::vector<DerivedParameter> out;
+    auto length = [&](const char* name, double metres, const std::string& rule) {
+        out.push_back({name, metres / h, rule});
+    };
+    auto height = [&](const char* name, double metres, const std::string& rule) {
+        out.push_back({name, metres / v, rule});
+    };
+
+    length("TerrainCellSize", std::max(1.0, 1.5 * last),
+           "1.5 x last-return spacing, at least 1 m: most cells hold a last return");
+    length("TerrainWindow", preset.terrainWindow, "preset");
+    out.push_back({"TerrainSlope", preset.terrainSlope * v / h, "preset (rise per run)"});
+    height("TerrainStepHeight", 0.3, "0.3 m: above the roughness of bare ground");
+    height("TerrainGroundDistance", 0.5,
+           "0.5 m: the surface between cell centres is that sure on flat ground");
+
+    const double normal = std::max(1.5, 2.5 * all);
+    length("NNSearchRange_NormalVectors", normal, "2.5 x spacing, at least 1.5 m: about 20 neighbours");
+    length("BuildingRange", std::max(1.5, 2.5 * all), "2.5 x spacing, at least 1.5 m");
+    length("Building2Range", std::max(1.5, 2.5 * all), "2.5 x spacing, at least 1.5 m");
+    length("BuildingGroundRange", std::max(2.0, 3.0 * last), "3 x last-return spacing, at least 2 m");
+    length("Building3GroundRange", std::max(1.0, 1.5 * last), "1.5 x last-return spacing, at least 1 m");
+    length("VegetationRange", std::max(1.0, 2.0 * last), "2 x last-return spacing, at least 1 m");
+    height("VegetationLowLimit", 0.4, "0.4 m above ground");
+    height("VegetationHighLimit", 2.0, "2 m above ground");
+    return out;
+}
+
+std::string derivationRules()
+{
+    std::ostringstream s;
+    const auto rules = deriveParameters(presets().front(), DataScale{});
+    for (const auto& r : rules)
+        s << "  " << r.name << ": " << r.rule << '\n';
+    return s.str();
+}
+
+} // namespace vx::app

@@ -1,0 +1,49 @@
+// Presets of the pipeline and the parameters derived from a cloud's point spacing and units.
+//
+// Every length the pipeline hands to the library follows from two measures of the data: the
+// mean spacing of all returns and of last returns (metres), and the length of the file's unit
+// in metres. The rules are written in metres and converted to the file's unit, so a scene in
+// feet gets the same parameters, in feet, as the same scene in metres.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vx::app {
+
+/// What the rules read from the data.
+struct DataScale {
+    double spacing = 0;       ///< mean distance between neighbouring points, all returns, metres
+    double lastSpacing = 0;   ///< the same over last returns, metres
+    double metresPerUnit = 1; ///< length of the file's horizontal unit in metres
+    double metresPerVerticalUnit = 1;
+};
+
+/// A named landscape: the values that differ between landscapes, with the reason for each.
+struct Preset {
+    const char* name;
+    const char* description;
+    double terrainWindow; ///< metres: half of the widest object cut from the terrain
+    double terrainSlope;  ///< steepest terrain slope kept, rise per run
+    const char* reason;
+};
+
+/// The named presets; "auto" chooses one of them from the data.
+const std::vector<Preset>& presets();
+/// The preset of that name; throws UsageError for an unknown name.
+const Preset& presetNamed(const std::string& name);
+
+/// One parameter value and the rule that gave it.
+struct DerivedParameter {
+    std::string name; ///< a library parameter or a pipeline setting of the parameter table
+    double value;     ///< in the file's units
+    std::string rule;
+};
+
+/// The parameters for a cloud of that scale under a preset.
+std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataScale& scale);
+
+/// The rules as text, for --help and the documentation.
+std::string derivationRules();
+
+} // namespace vx::app

@@ -1,0 +1,111 @@
+// Kernels between the points and a terrain raster: the lowest admitted point of every cell, and
+// the ground test of every admitted point against the finished surface.
+#pragma once
+
+#include "grid/Layouts.h"
+#include "steps/terrain/Raster.h"
+#include "steps/terrain/SurfaceKernels.h"
+#include "store/PointViews.h"
+
+#include <cmath>
+
+namespace vx {
+
+/// Plan extent of the admitted points.
+struct PlanBox {
+    float minX, minY, maxX, maxY;
+    VX_HD bool empty() const { return minX > maxX; }
+};
+
+template <class T, class L> struct k_admittedBox {
+    PointsOf<T, L> pts;
+    AllowedClasses allowed;
+    VX_HD PlanBox operator()(int p) const
+    {
+        if (!allowed.admits(pts.cls(p)))
+            return {1, 1, 0, 0};
+        const float x = static_cast<float>(pts.x(p)), y = static_cast<float>(pts.y(p));
+        return {x, y, x, y};
+    }
+};
+
+struct PlanBoxUnion {
+    VX_HD PlanBox operator()(const PlanBox& a, const PlanBox& b) const
+    {
+        if (a.empty())
+            return b;
+        if (b.empty())
+            return a;
+        return {a.minX < b.minX ? a.minX : b.minX, a.minY < b.minY ? a.minY : b.minY,
+                a.maxX > b.maxX ? a.maxX : b.maxX, a.maxY > b.maxY ? a.maxY : b.maxY};
+    }
+};
+
+/// Lowers each cell to the height of its lowest admitted point (cells start at kNoHeight).
+template <class T, class L> struct k_lowestPerCell {
+    PointsOf<T, L> pts;
+    AllowedClasses allowed;
+    RasterGrid grid;
+    int* lowest;
+    VX_HD void operator()(int p) const
+    {
+        if (!allowed.admits(pts.cls(p)))
+            return;
+        const float x = static_cast<float>(pts.x(p)), y = static_cast<float>(pts.y(p));
+        atomicMinOf(lowest + grid.cellOf(x, y), orderedBits(static_cast<float>(pts.z(p))));
+    }
+};
+
+/// Heights of the ordered-integer raster; kNoHeight becomes empty.
+struct k_decodeLowest {
+    const int* lowest;
+    float* out;
+    VX_HD void operator()(int i) const
+    {
+        out[i] = lowest[i] == kNoHeight ? emptyHeight() : fromOrderedBits(lowest[i]);
+    }
+};
+
+/// Surface height at a plan position: bilinear between the cell centres, held flat beyond the
+/// outer centres.
+VX_HD inline float surfaceAt(const float* s, const RasterGrid& g, float x, float y, float& slope)
+{
+    float u = (x - g.x0) / g.cell - 0.5f, v = (y - g.y0) / g.cell - 0.5f;
+    u = u < 0 ? 0 : (u > static_cast<float>(g.nx - 1) ? static_cast<float>(g.nx - 1) : u);
+    v = v < 0 ? 0 : (v > static_cast<float>(g.ny - 1) ? static_cast<float>(g.ny - 1) : v);
+    const int u0 = static_cast<int>(u), v0 = static_cast<int>(v);
+    const int u1 = u0 + 1 < g.nx ? u0 + 1 : u0, v1 = v0 + 1 < g.ny ? v0 + 1 : v0;
+    const float fu = u - static_cast<float>(u0), fv = v - static_cast<float>(v0);
+    const float a = s[v0 * g.nx + u0], b = s[v0 * g.nx + u1];
+    const float c = s[v1 * g.nx + u0], d = s[v1 * g.nx + u1];
+    // The steepest rise of the surrounding cells, from the differences across the four cells.
+    const float gx = (u1 > u0) ? ((b - a) + (d - c)) * 0.5f / g.cell : 0.0f;
+    const float gy = (v1 > v0) ? ((c - a) + (d - b)) * 0.5f / g.cell : 0.0f;
+    slope = sqrtf(gx * gx + gy * gy);
+    return (a * (1 - fu) + b * fu) * (1 - fv) + (c * (1 - fu) + d * fu) * fv;
+}
+
+/// Gives groundClass to every admitted point within distance + gradientFactor x slope of the
+/// surface, above or below it: on steep ground the surface between cell centres is less sure.
+template <class T, class L> struct k_groundNearSurface {
+    PointsOf<T, L> pts;
+    AllowedClasses allowed;
+    RasterGrid grid;
+    const float* surface;
+    float distance, gradientFactor;
+    int groundClass;
+    VX_HD void operator()(int p) const
+    {
+        if (!allowed.admits(pts.cls(p)))
+            return;
+        float slope = 0;
+        const float s =
+            surfaceAt(surface, grid, static_cast<float>(pts.x(p)), static_cast<float>(pts.y(p)), slope);
+        const float dz = static_cast<float>(pts.z(p)) - s;
+        const float limit = distance + gradientFactor * slope;
+        if (dz <= limit && dz >= -limit)
+            pts.setCls(p, groundClass);
+    }
+};
+
+} // namespace vx

@@ -1,0 +1,235 @@
+// Kernels on raster surfaces: filling empty cells from their surroundings, minimum and maximum
+// filters over square windows, and the object test of the progressive opening. Heights are
+// floats; an empty cell holds NaN.
+#pragma once
+
+#include "exec/Hd.h"
+
+#include <cstring>
+
+namespace vx {
+
+VX_HD inline bool isEmptyHeight(float v)
+{
+    return v != v;
+}
+
+VX_HD inline float emptyHeight()
+{
+    const unsigned bits = 0x7fc00000u; // a quiet NaN
+    float f;
+    memcpy(&f, &bits, sizeof f);
+    return f;
+}
+
+/// One cell of a raster half as wide and high: the mean of the heights of its (up to) four
+/// children, or empty when none of them holds one.
+struct k_halveSurface {
+    const float* fine;
+    int fnx, fny;
+    float* coarse;
+    int cnx;
+
+    VX_HD void operator()(int i) const
+    {
+        const int cx = i % cnx, cy = i / cnx;
+        float sum = 0;
+        int n = 0;
+        for (int dy = 0; dy < 2; ++dy)
+            for (int dx = 0; dx < 2; ++dx) {
+                const int x = 2 * cx + dx, y = 2 * cy + dy;
+                if (x >= fnx || y >= fny)
+                    continue;
+                const float v = fine[y * fnx + x];
+                if (!isEmptyHeight(v)) {
+                    sum += v;
+                    ++n;
+                }
+            }
+        coarse[i] = n > 0 ? sum / static_cast<float>(n) : emptyHeight();
+    }
+};
+
+/// Marks the cells that hold a height (1) and those to be filled (0).
+struct k_markKnown {
+    const float* surface;
+    unsigned char* known;
+    VX_HD void operator()(int i) const { known[i] = isEmptyHeight(surface[i]) ? 0 : 1; }
+};
+
+/// Gives every empty cell of the fine raster the bilinear value of the filled coarse raster at
+/// its centre.
+struct k_fillFromCoarse {
+    const float* coarse;
+    int cnx, cny;
+    float* fine;
+    int fnx;
+
+    VX_HD void operator()(int i) const
+    {
+        if (!isEmptyHeight(fine[i]))
+            return;
+        const int x = i % fnx, y = i / fnx;
+        float u = (static_cast<float>(x) + 0.5f) * 0.5f - 0.5f;
+        float v = (static_cast<float>(y) + 0.5f) * 0.5f - 0.5f;
+        u = u < 0 ? 0 : (u > static_cast<float>(cnx - 1) ? static_cast<float>(cnx - 1) : u);
+        v = v < 0 ? 0 : (v > static_cast<float>(cny - 1) ? static_cast<float>(cny - 1) : v);
+        const int u0 = static_cast<int>(u), v0 = static_cast<int>(v);
+        const int u1 = u0 + 1 < cnx ? u0 + 1 : u0, v1 = v0 + 1 < cny ? v0 + 1 : v0;
+        const float fu = u - static_cast<float>(u0), fv = v - static_cast<float>(v0);
+        const float a = coarse[v0 * cnx + u0] * (1 - fu) + coarse[v0 * cnx + u1] * fu;
+        const float b = coarse[v1 * cnx + u0] * (1 - fu) + coarse[v1 * cnx + u1] * fu;
+        fine[i] = a * (1 - fv) + b * fv;
+    }
+};
+
+/// One smoothing pass over the filled cells: each takes the mean of its four neighbours inside
+/// the raster; cells that held a height keep it. Repeated, the filled cells approach the
+/// smooth surface that meets the known heights at its border.
+struct k_smoothFilled {
+    const float* in;
+    float* out;
+    const unsigned char* known;
+    int nx, ny;
+
+    VX_HD void operator()(int i) const
+    {
+        if (known[i]) {
+            out[i] = in[i];
+            return;
+        }
+        const int x = i % nx, y = i / nx;
+        float sum = 0;
+        int n = 0;
+        if (x > 0)
+            sum += in[i - 1], ++n;
+        if (x + 1 < nx)
+            sum += in[i + 1], ++n;
+        if (y > 0)
+            sum += in[i - nx], ++n;
+        if (y + 1 < ny)
+            sum += in[i + nx], ++n;
+        out[i] = n > 0 ? sum / static_cast<float>(n) : in[i];
+    }
+};
+
+/// Minimum (or maximum) over the window [k - r, k + r] of every position k of a line of n
+/// values, the window cut at the ends of the line. The line is given by its first element and
+/// a stride, so one kernel filters rows (stride 1) and columns (stride nx); one thread runs one
+/// line. The running extremes of blocks of 2r + 1 values (g from each block's start, h to each
+/// block's end) give every window from two lookups, whatever r is.
+struct k_lineExtreme {
+    const float* in;
+    float* out;
+    float* g;
+    float* h;
+    int lineStride; ///< offset between the first elements of successive lines
+    int step;       ///< offset between successive elements of a line
+    int n;          ///< elements per line
+    int r;
+    bool maximum;
+
+    VX_HD float pick(float a, float b) const { return maximum ? (a > b ? a : b) : (a < b ? a : b); }
+
+    VX_HD void operator()(int line) const
+    {
+        const long long base = static_cast<long long>(line) * lineStride;
+        const int w = 2 * r + 1;
+        auto at = [&](int k) { return base + static_cast<long long>(k) * step; };
+        for (int k = 0; k < n; ++k)
+            g[at(k)] = (k % w == 0) ? in[at(k)] : pick(g[at(k - 1)], in[at(k)]);
+        for (int k = n - 1; k >= 0; --k)
+            h[at(k)] = (k % w == w - 1 || k == n - 1) ? in[at(k)] : pick(h[at(k + 1)], in[at(k)]);
+        for (int k = 0; k < n; ++k) {
+            const int lo = k - r < 0 ? 0 : k - r;
+            const int hi = k + r >= n ? n - 1 : k + r;
+            float v;
+            if (lo / w != hi / w)
+                v = pick(h[at(lo)], g[at(hi)]);
+            else if (lo % w == 0)
+                v = g[at(hi)];
+            else
+                v = h[at(lo)];
+            out[at(k)] = v;
+        }
+    }
+};
+
+/// Stands for the height of a cell without points in an opening: an erosion ignores +kUnknown,
+/// a dilation -kUnknown, so cells without points neither lower nor raise their neighbours.
+constexpr float kUnknown = 3.0e38f;
+
+/// Gives the cells without points (empty in `lowest`) the value v.
+struct k_unknownAs {
+    float* surface;
+    const float* lowest;
+    float v;
+    VX_HD void operator()(int i) const
+    {
+        if (isEmptyHeight(lowest[i]))
+            surface[i] = v;
+    }
+};
+
+/// Marks as object the cells with points whose surface the last opening lowered by more than
+/// limit.
+struct k_markObjects {
+    const float* before;
+    const float* after;
+    const float* lowest;
+    unsigned char* object;
+    float limit;
+    VX_HD void operator()(int i) const
+    {
+        if (!isEmptyHeight(lowest[i]) && before[i] - after[i] > limit)
+            object[i] = 1;
+    }
+};
+
+/// One pass of giving object cells back to the terrain: a cell whose lowest point lies within
+/// climb x distance of the lowest point of a terrain neighbour (eight-connected) is terrain, so
+/// the terrain climbs slopes and cliffs that have returns on their face, while a roof, whose
+/// edge stands a wall's height above the ground beside it, stays an object. Reads one flag
+/// array and writes another, so the result does not depend on the order of the cells.
+struct k_climbFromTerrain {
+    const float* lowest; ///< empty where the cell holds no point
+    const unsigned char* objectIn;
+    unsigned char* objectOut;
+    int nx, ny;
+    float climb;  ///< height per cell edge
+    int* changed; ///< set to 1 when a cell is given back
+
+    VX_HD void operator()(int i) const
+    {
+        objectOut[i] = objectIn[i];
+        if (!objectIn[i] || isEmptyHeight(lowest[i]))
+            return;
+        const int x = i % nx, y = i / nx;
+        for (int dy = -1; dy <= 1; ++dy)
+            for (int dx = -1; dx <= 1; ++dx) {
+                const int qx = x + dx, qy = y + dy;
+                if ((dx == 0 && dy == 0) || qx < 0 || qy < 0 || qx >= nx || qy >= ny)
+                    continue;
+                const int q = qy * nx + qx;
+                if (objectIn[q] || isEmptyHeight(lowest[q]))
+                    continue;
+                const float reach = (dx != 0 && dy != 0) ? climb * 1.41421356f : climb;
+                const float d = lowest[i] - lowest[q];
+                if (d <= reach && d >= -reach) {
+                    objectOut[i] = 0;
+                    *changed = 1;
+                    return;
+                }
+            }
+    }
+};
+
+/// The lowest heights of the cells that are not objects; objects and empty cells are empty.
+struct k_keepGround {
+    const float* lowest;
+    const unsigned char* object;
+    float* out;
+    VX_HD void operator()(int i) const { out[i] = object[i] ? emptyHeight() : lowest[i]; }
+};
+
+} // namespace vx

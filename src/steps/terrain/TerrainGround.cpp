@@ -1,0 +1,3 @@
+#include "steps/terrain/TerrainGroundDriver.h"
+
+VX_INSTANTIATE_STEP(runTerrainGround)

@@ -1,0 +1,151 @@
+// Driver of the terrain-surface ground step; compiled once per backend.
+//
+// The lowest admitted point of every raster cell gives a rough surface. Openings with square
+// windows of growing half-width then cut away everything narrower than the window: a cell is an
+// object when one opening lowers it by more than a sloping terrain could drop over the window's
+// growth. What stays, filled across the objects from the ground around them, is the terrain;
+// admitted points near it become ground.
+#pragma once
+
+#include "core/StepContext.h"
+#include "exec/Algorithms.h"
+#include "exec/Buffer.h"
+#include "exec/Launch.h"
+#include "steps/common/StepDrivers.h"
+#include "steps/terrain/PointRasterKernels.h"
+#include "steps/terrain/SurfaceFill.h"
+#include "steps/terrain/TerrainState.h"
+
+#include <thrust/iterator/counting_iterator.h>
+#include <thrust/transform_reduce.h>
+
+#include <cmath>
+#include <string>
+#include <utility>
+
+namespace vx::VX_BACKEND_NS {
+
+/// Replaces b with the opening of a (erosion, then dilation, each as rows then columns); cells
+/// without points take part as kUnknown (see there).
+template <class T>
+void openSurface(const StepContext<T>& c, const RasterGrid& g, const float* lowest, int r, Buffer<float>& a,
+                 Buffer<float>& b, Buffer<float>& tmp, Buffer<float>& gs, Buffer<float>& hs)
+{
+    auto pass = [&](const float* in, float* out, bool rows, bool maximum) {
+        const int n = rows ? g.ny : g.nx;
+        k_lineExtreme k{
+            in, out, gs.data(), hs.data(), rows ? g.nx : 1, rows ? 1 : g.nx, rows ? g.nx : g.ny, r, maximum};
+        launch(c.launchConfig(n), n, k);
+    };
+    const int cells = g.cells();
+    pass(a.data(), tmp.data(), true, false);
+    pass(tmp.data(), b.data(), false, false);
+    launch(c.launchConfig(cells), cells, k_unknownAs{b.data(), lowest, -kUnknown});
+    pass(b.data(), tmp.data(), true, true);
+    pass(tmp.data(), b.data(), false, true);
+    launch(c.launchConfig(cells), cells, k_unknownAs{b.data(), lowest, kUnknown});
+}
+
+template <class T> void runTerrainGround(StepContext<T>& c)
+{
+    const auto& par = c.par();
+    const int groundClass = c.slots().GroundClass;
+    c.msg(4, "Terrain surface ground", groundClass);
+    if (!c.requireGrid())
+        return;
+    const int n = c.pointCount();
+    const Backend backend = c.backend();
+    c.visit([&](auto layout) {
+        using L = decltype(layout);
+        const auto pts = c.points(layout);
+        const PlanBox box = thrust::transform_reduce(
+            policy(), thrust::counting_iterator<int>(0), thrust::counting_iterator<int>(n),
+            k_admittedBox<T, L>{pts, c.allowed()}, PlanBox{1, 1, 0, 0}, PlanBoxUnion{});
+        if (box.empty()) {
+            c.msg(1, "Terrain surface: no admitted point, nothing to do");
+            return;
+        }
+        const double cell = static_cast<double>(par.TerrainCellSize);
+        const double w = (static_cast<double>(box.maxX) - box.minX) / cell + 1.0;
+        const double h = (static_cast<double>(box.maxY) - box.minY) / cell + 1.0;
+        if (w * h > static_cast<double>(kMaxTerrainCells)) {
+            c.msg(0, "ERROR! Terrain raster too large, step not run:",
+                  std::to_string(box.maxX - box.minX) + " x " + std::to_string(box.maxY - box.minY) +
+                      " extent at cell size " + std::to_string(cell));
+            return;
+        }
+        RasterGrid g;
+        g.x0 = box.minX;
+        g.y0 = box.minY;
+        g.cell = static_cast<float>(cell);
+        g.nx = static_cast<int>(w);
+        g.ny = static_cast<int>(h);
+        const int cells = g.cells();
+        const int widest = static_cast<int>(std::ceil(static_cast<double>(par.TerrainWindow) / cell));
+
+        Buffer<int> lowestBits(backend, cells);
+        fillWith(lowestBits.data(), cells, kNoHeight);
+        launch(c.launchConfig(n), n, k_lowestPerCell<T, L>{pts, c.allowed(), g, lowestBits.data()});
+        Buffer<float> lowest(backend, cells);
+        launch(c.launchConfig(cells), cells, k_decodeLowest{lowestBits.data(), lowest.data()});
+        lowestBits.reset();
+
+        // The progressive opening runs on the lowest surface; cells without points take no part.
+        const int stride = widest > kMostOpenings ? (widest + kMostOpenings - 1) / kMostOpenings : 1;
+        Buffer<float> a(backend, cells), b(backend, cells), tmp(backend, cells), gs(backend, cells),
+            hs(backend, cells);
+        mem::copy(backend, a.data(), lowest.data(), sizeof(float) * cells);
+        launch(c.launchConfig(cells), cells, k_unknownAs{a.data(), lowest.data(), kUnknown});
+        Buffer<unsigned char> object(backend, cells);
+        fillWith(object.data(), cells, static_cast<unsigned char>(0));
+        int previous = 0;
+        for (int r = stride; previous < widest; r += stride) {
+            const int radius = r < widest ? r : widest;
+            openSurface(c, g, lowest.data(), radius, a, b, tmp, gs, hs);
+            const float limit =
+                static_cast<float>(par.TerrainStepHeight) +
+                static_cast<float>(par.TerrainSlope) * static_cast<float>((radius - previous) * cell);
+            launch(c.launchConfig(cells), cells,
+                   k_markObjects{a.data(), b.data(), lowest.data(), object.data(), limit});
+            std::swap(a, b);
+            previous = radius;
+        }
+        gs.reset(), hs.reset(), tmp.reset(), b.reset(), a.reset();
+
+        // Objects joined to the terrain by a climbable surface are terrain (a ridge, a cliff
+        // with returns on its face). An object is at most twice the widest window across, so
+        // that many passes reach every cell of it.
+        if (par.TerrainClimb > 0) {
+            Buffer<unsigned char> other(backend, cells);
+            Buffer<int> changed(backend, 1);
+            const float climb = static_cast<float>(par.TerrainClimb) * static_cast<float>(cell);
+            for (int pass = 0; pass < 2 * widest + 2; ++pass) {
+                fillWith(changed.data(), 1, 0);
+                launch(c.launchConfig(cells), cells,
+                       k_climbFromTerrain{lowest.data(), object.data(), other.data(), g.nx, g.ny, climb,
+                                          changed.data()});
+                std::swap(object, other);
+                int any = 0;
+                changed.download(&any, 1);
+                if (!any)
+                    break;
+            }
+        }
+
+        Buffer<float> filled(backend, cells);
+        launch(c.launchConfig(cells), cells, k_keepGround{lowest.data(), object.data(), filled.data()});
+        fillSurface(c, g, filled);
+        launch(c.launchConfig(n), n,
+               k_groundNearSurface<T, L>{pts, c.allowed(), g, filled.data(),
+                                         static_cast<float>(par.TerrainGroundDistance),
+                                         static_cast<float>(par.TerrainGradientFactor), groundClass});
+
+        auto& state = c.template state<TerrainState>();
+        state.grid = g;
+        state.surface = std::move(filled);
+    });
+    c.checkDeviceError();
+    c.msg(2, "Terrain surface ground done!");
+}
+
+} // namespace vx::VX_BACKEND_NS
