@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc)
 CUDA ?= AUTO
 CMAKE_FLAGS ?=
 
-.PHONY: all configure build demo test test-sanitize bench clean
+.PHONY: all configure build demo test test-sanitize bench accuracy clean
 
 all: build
 
@@ -31,6 +31,11 @@ test-sanitize:
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b; done
+
+# Classifies the shared sample files and synthetic scenes and prints the accuracy table
+# (tools/accuracy.sh; VEXARO_ACCURACY_POINTS=N for larger scenes).
+accuracy: build
+	tools/accuracy.sh $(BUILD)
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD)

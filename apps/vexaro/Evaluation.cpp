@@ -68,8 +68,14 @@ double Evaluation::recall(int k) const
 
 double Evaluation::f1(int k) const
 {
-    const double p = precision(k), r = recall(k);
-    return std::isnan(p) || std::isnan(r) ? kNaN : (p + r > 0 ? 2 * p * r / (p + r) : 0.0);
+    double row = 0, column = 0;
+    for (int c = 0; c < kCategories; ++c) {
+        row += static_cast<double>(matrix[k][c]);
+        column += static_cast<double>(matrix[c][k]);
+    }
+    const double hits = static_cast<double>(matrix[k][k]);
+    // 2 TP + FP + FN = row + column; row > 0 keeps it positive.
+    return row > 0 ? 2 * hits / (row + column) : kNaN;
 }
 
 double Evaluation::overallAccuracy() const
@@ -84,10 +90,18 @@ Evaluation evaluate(const std::vector<int>& reference, const std::vector<int>& c
 {
     Evaluation e;
     const std::size_t n = reference.size() < classified.size() ? reference.size() : classified.size();
-    e.points = n;
     for (std::size_t i = 0; i < n; ++i) {
+        if (!scoredReference(reference[i])) {
+            ++e.unscored;
+            continue;
+        }
         const Category r = categoryOf(reference[i]), c = categoryOf(classified[i]);
         ++e.matrix[r][c];
+        if (r == kVegetationCategory) {
+            ++e.vegetationPoints;
+            if (classified[i] == reference[i])
+                ++e.tierKept;
+        }
         const bool refGround = r == kGroundCategory, outGround = c == kGroundCategory;
         if (refGround)
             ++(outGround ? e.groundKept : e.groundRejected);
@@ -96,7 +110,8 @@ Evaluation evaluate(const std::vector<int>& reference, const std::vector<int>& c
     }
     const double a = static_cast<double>(e.groundKept), b = static_cast<double>(e.groundRejected);
     const double c = static_cast<double>(e.otherAccepted), d = static_cast<double>(e.otherKept);
-    const double total = static_cast<double>(n);
+    e.points = n - e.unscored;
+    const double total = static_cast<double>(e.points);
     e.typeI = ratio(b, a + b);
     e.typeII = ratio(c, c + d);
     e.totalError = ratio(b + c, total);
@@ -104,6 +119,7 @@ Evaluation evaluate(const std::vector<int>& reference, const std::vector<int>& c
     const double observed = ratio(a + d, total);
     const double chance = total > 0 ? ((a + b) * (a + c) + (c + d) * (b + d)) / (total * total) : kNaN;
     e.kappa = chance < 1.0 ? (observed - chance) / (1.0 - chance) : kNaN;
+    e.tierAccuracy = ratio(static_cast<double>(e.tierKept), static_cast<double>(e.vegetationPoints));
     return e;
 }
 
@@ -117,7 +133,10 @@ std::string formatEvaluation(const Evaluation& e)
     else
         std::snprintf(kappa, sizeof kappa, "%.4f", e.kappa);
 
-    out << "Points compared: " << count(e.points) << "\n\n";
+    out << "Points compared: " << count(e.points);
+    if (e.unscored > 0)
+        out << "   (" << count(e.unscored) << " more of reference class 0, never classified, left out)";
+    out << "\n\n";
     out << "Ground against non-ground (reference class 2)\n";
     out << "  type I error (ground rejected)        " << padLeft(percent(e.typeI), 9) << "   ("
         << count(e.groundRejected) << " of " << count(e.groundKept + e.groundRejected) << " ground points)\n";
@@ -126,6 +145,10 @@ std::string formatEvaluation(const Evaluation& e)
         << " non-ground points)\n";
     out << "  total error                           " << padLeft(percent(e.totalError), 9) << '\n';
     out << "  kappa                                 " << padLeft(kappa, 9) << "\n\n";
+
+    out << "Vegetation tiers (reference classes 3, 4, 5)\n";
+    out << "  tier accuracy (the very same class)   " << padLeft(percent(e.tierAccuracy), 9) << "   ("
+        << count(e.tierKept) << " of " << count(e.vegetationPoints) << " vegetation points)\n\n";
 
     out << "Confusion matrix (rows: reference, columns: classified)\n";
     out << padRight("", 14);

@@ -21,6 +21,7 @@ const char* kGeneral =
     "  demo [--out DIR]                   generate a synthetic scene, classify it, report accuracy\n"
     "  info FILE.las                      header, bounds and class histogram of a LAS file\n"
     "  eval REFERENCE.las CLASSIFIED.las  accuracy of a classification against a reference\n"
+    "  eval REF_DIR RESULT_DIR            the same for every LAS file of a folder, as a table\n"
     "  devices                            compute devices and the backend that would be used\n"
     "  params [--markdown]                the parameters: names, defaults, valid values, help\n"
     "\n"
@@ -69,16 +70,30 @@ const char* kInfo =
     "  -h, --help             this help\n";
 
 const char* kEval =
-    "Usage: vexaro eval REFERENCE.las CLASSIFIED.las\n"
+    "Usage: vexaro eval REFERENCE.las CLASSIFIED.las [--csv]\n"
+    "       vexaro eval REF_DIR RESULT_DIR [--csv]\n"
     "\n"
     "Compares the classes of two files holding the same points in the same order:\n"
     "  ground against non-ground: type I error (reference ground classified otherwise, of all\n"
     "  reference ground), type II error (reference non-ground classified ground, of all reference\n"
     "  non-ground), total error and Cohen's kappa;\n"
     "  a confusion matrix over ground (2), building (6), vegetation (3, 4, 5) and other, with\n"
-    "  precision, recall and F1 of each.\n"
+    "  precision, recall and F1 of each;\n"
+    "  the tier accuracy: of the reference vegetation points (3, 4, 5), the share classified with\n"
+    "  the very same class.\n"
+    "Reference class 0 (never classified) is left out; every class not named above (1, noise 7\n"
+    "and 18, water, producers' own codes such as 208 and 214) counts as other.\n"
+    "\n"
+    "With two folders, every LAS file of REF_DIR is compared with the file of the same name in\n"
+    "RESULT_DIR and a table is printed: one row per file (points, ground type I, type II and\n"
+    "total error in %, kappa, building F1 and vegetation F1 in %, tier accuracy in %, seconds)\n"
+    "and a mean row over the compared files where a figure is defined (n/a figures are skipped;\n"
+    "points: the total). A file without a result, or that cannot be compared, gets a row saying\n"
+    "so and the exit status is 1. Seconds come from NAME.seconds beside NAME.las in RESULT_DIR\n"
+    "(one number), '-' without one.\n"
     "\n"
     "Options:\n"
+    "  --csv                  print the table as CSV (percent figures, empty where undefined)\n"
     "  -h, --help             this help\n";
 
 const char* kDevices =

@@ -40,7 +40,9 @@ TEST(CliErrors, MissingArguments)
     expectError({"classify", "in.las", "-o"}, 2, "option '-o' needs a value");
     expectError({"classify", "in.las", "-o", "out.las", "--set"}, 2, "option '--set' needs a value");
     expectError({"info"}, 2, "info needs a LAS file (see 'vexaro info --help')");
-    expectError({"eval", "a.las"}, 2, "eval needs two LAS files: REFERENCE.las CLASSIFIED.las");
+    expectError(
+        {"eval", "a.las"}, 2,
+        "eval needs two LAS files (REFERENCE.las CLASSIFIED.las) or two folders (REF_DIR RESULT_DIR)");
 }
 
 TEST(CliErrors, BadChoicesAndNumbers)
