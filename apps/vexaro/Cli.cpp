@@ -39,6 +39,8 @@ int dispatch(const Arguments& args)
         return classifyCommand(rest);
     if (command == "demo")
         return demoCommand(rest);
+    if (command == "scene")
+        return sceneCommand(rest);
     if (command == "info")
         return infoCommand(rest);
     if (command == "eval")

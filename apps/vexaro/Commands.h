@@ -11,6 +11,7 @@ using Arguments = std::vector<std::string>;
 
 int classifyCommand(const Arguments& args);
 int demoCommand(const Arguments& args);
+int sceneCommand(const Arguments& args);
 int infoCommand(const Arguments& args);
 int evalCommand(const Arguments& args);
 int devicesCommand(const Arguments& args);

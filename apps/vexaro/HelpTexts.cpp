@@ -19,6 +19,7 @@ const char* kGeneral =
     "Commands:\n"
     "  classify INPUT.las -o OUTPUT.las   classify: ground, buildings, vegetation, low points\n"
     "  demo [--out DIR]                   generate a synthetic scene, classify it, report accuracy\n"
+    "  scene -o INPUT.las                 write a synthetic scene (town, hall, terraces, forest)\n"
     "  info FILE.las                      header, bounds and class histogram of a LAS file\n"
     "  eval REFERENCE.las CLASSIFIED.las  accuracy of a classification against a reference\n"
     "  eval REF_DIR RESULT_DIR            the same for every LAS file of a folder, as a table\n"
@@ -59,6 +60,32 @@ const char* kDemo =
     "  --out DIR              output folder (default: vexaro-demo)\n"
     "  --points N             size of the scene, 10000 to 10000000 points (default: 300000)\n"
     "  --seed S               seed of the scene (default: 1); a seed gives the same scene everywhere\n";
+
+const char* kScene =
+    "Usage: vexaro scene -o INPUT.las [--truth TRUTH.las] [OPTIONS]\n"
+    "\n"
+    "Writes a synthetic airborne scan as LAS 1.4 (point format 6, WKT coordinate system):\n"
+    "INPUT.las with every point of class 1, as a classifier gets it, and TRUTH.las with the true\n"
+    "classes: 2 ground, 3/4/5 low/medium/high vegetation by the height above the bare earth\n"
+    "(0.4 and 2 m), 6 building, 7 low noise, 18 high noise. Prints the scene's size and the share\n"
+    "of each class in the truth.\n"
+    "\n"
+    "Options:\n"
+    "  -o, --output FILE      the scene (required)\n"
+    "  --truth FILE           the same points with their true classes\n"
+    "  --kind KIND            town (rolling terrain, houses, trees; also 'flat'), hall (an 80 m x\n"
+    "                         60 m flat-roofed hall on gentle ground; at least 150 m wide),\n"
+    "                         terraces (30-degree slopes and terraces with 1-2 m steps) or forest\n"
+    "                         (closed canopy over shrubs) (default: town)\n"
+    "  --density D            pulses per square metre, above 0 and up to 1000 (default: 10)\n"
+    "  --points N             size of the scene, 10 to 50000000 points (default: 300000)\n"
+    "  --units U              metres, feet (0.3048 m) or us-feet (1200/3937 m): the same scene\n"
+    "                         with every coordinate in that unit (default: metres)\n"
+    "  --stray                add a few isolated returns 200 to 1500 m above and 5 to 50 m below\n"
+    "                         the ground\n"
+    "  --seed S               seed of the scene (default: 1); a seed gives the same scene everywhere\n"
+    "  -q, --quiet            print nothing but errors\n"
+    "  -h, --help             this help\n";
 
 const char* kInfo =
     "Usage: vexaro info FILE.las\n"
@@ -125,6 +152,8 @@ std::string helpText(const std::string& command)
         text += parameterHelp();
         return text;
     }
+    if (command == "scene")
+        return kScene;
     if (command == "info")
         return kInfo;
     if (command == "eval")

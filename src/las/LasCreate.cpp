@@ -2,7 +2,9 @@
 // records appended one by one with the header's counts, bounds and histograms kept current.
 #include "LasLayout.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <sstream>
 
@@ -76,6 +78,43 @@ LasFile LasFile::create(uint8_t versionMinor, uint8_t pointFormat, const double 
     f.stride_ = f.header_.recordLength;
     f.wideFormat_ = pointFormat >= 6;
     return f;
+}
+
+void LasFile::addVlr(const std::string& userId, uint16_t recordId, const std::string& description,
+                     const std::vector<uint8_t>& payload)
+{
+    if (!created_)
+        detail::fail(name_, "VLRs can only be added to a file made by LasFile::create()");
+    if (userId.size() > 16 || description.size() > 32)
+        detail::fail(name_, "a VLR's user id holds at most 16 bytes and its description 32 ('" + userId +
+                                "', '" + description + "')");
+    if (payload.size() > std::numeric_limits<uint16_t>::max())
+        detail::fail(name_, "a VLR holds at most 65535 bytes, not " + std::to_string(payload.size()));
+    if (static_cast<uint64_t>(pointStart_) + detail::kVlrHeader + payload.size() >
+        std::numeric_limits<uint32_t>::max())
+        detail::fail(name_, "the VLRs do not fit before the points");
+
+    std::vector<uint8_t> entry(detail::kVlrHeader + payload.size(), 0);
+    putText(entry.data() + 2, userId.c_str(), 16);
+    store<uint16_t>(entry.data() + 18, recordId);
+    store<uint16_t>(entry.data() + 20, static_cast<uint16_t>(payload.size()));
+    putText(entry.data() + 22, description.c_str(), 32);
+    std::copy(payload.begin(), payload.end(), entry.begin() + detail::kVlrHeader);
+    // The VLRs end where LAS 1.0's start signature or the points begin.
+    const std::size_t end = pointStart_ - (header_.versionMinor == 0 ? 2 : 0);
+    bytes_.insert(bytes_.begin() + static_cast<std::ptrdiff_t>(end), entry.begin(), entry.end());
+
+    pointStart_ += entry.size();
+    ++header_.vlrCount;
+    header_.offsetToPointData = static_cast<uint32_t>(pointStart_);
+    store<uint32_t>(bytes_.data() + detail::kVlrCount, header_.vlrCount);
+    store<uint32_t>(bytes_.data() + detail::kOffsetToPoints, header_.offsetToPointData);
+    LasVlr v;
+    v.userId = userId;
+    v.recordId = recordId;
+    v.description = description;
+    v.payloadSize = payload.size();
+    vlrs_.push_back(v);
 }
 
 void LasFile::reserve(std::size_t points)

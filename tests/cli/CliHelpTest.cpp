@@ -12,8 +12,9 @@ TEST(CliHelp, GeneralHelpListsEveryCommand)
         EXPECT_EQ(r.status, 0) << flag;
         EXPECT_EQ(r.err, "");
         EXPECT_EQ(r.out.rfind("vexaro: classification of airborne LiDAR point clouds", 0), 0u);
-        for (const std::string command : {"classify INPUT.las -o OUTPUT.las", "demo [--out DIR]",
-                                          "info FILE.las", "eval REFERENCE.las CLASSIFIED.las", "devices"})
+        for (const std::string command :
+             {"classify INPUT.las -o OUTPUT.las", "demo [--out DIR]", "scene -o INPUT.las", "info FILE.las",
+              "eval REFERENCE.las CLASSIFIED.las", "devices"})
             EXPECT_NE(r.out.find("  " + command), std::string::npos) << command;
         EXPECT_NE(r.out.find("Exit status: 0 done, 1 failed"), std::string::npos);
     }
@@ -36,7 +37,7 @@ TEST(CliHelp, Version)
 
 TEST(CliHelp, EachCommandHasItsOwnHelp)
 {
-    for (const std::string command : {"classify", "demo", "info", "eval", "devices"}) {
+    for (const std::string command : {"classify", "demo", "scene", "info", "eval", "devices"}) {
         const auto r = run({command, "--help"});
         EXPECT_EQ(r.status, 0) << command;
         EXPECT_EQ(r.err, "") << command;

@@ -31,14 +31,8 @@ const std::vector<int>& BucketIndex::at(double x, double y) const
 
 namespace {
 
-int countFor(double area, double perObject, int least)
-{
-    return std::max(least, static_cast<int>(area / perObject + 0.5));
-}
-
 Building drawBuilding(Random& rng, double maxHalf)
 {
-    Building b;
     const double kind = rng.uniform();
     double length, width, eaveLow, eaveHigh;
     if (kind < 0.45) { // houses
@@ -48,6 +42,20 @@ Building drawBuilding(Random& rng, double maxHalf)
     } else { // halls and towers
         length = rng.uniform(18, 25), width = rng.uniform(12, 17), eaveLow = 8, eaveHigh = 17;
     }
+    return shapeBuilding(rng, length, width, eaveLow, eaveHigh, maxHalf);
+}
+
+} // namespace
+
+int countFor(double area, double perObject, int least)
+{
+    return std::max(least, static_cast<int>(area / perObject + 0.5));
+}
+
+Building shapeBuilding(Random& rng, double length, double width, double eaveLow, double eaveHigh,
+                       double maxHalf)
+{
+    Building b;
     b.halfLength = std::min(length * 0.5, maxHalf);
     b.halfWidth = std::min(width * 0.5, b.halfLength);
     rng.direction(b.ux, b.uy);
@@ -58,6 +66,12 @@ Building drawBuilding(Random& rng, double maxHalf)
         b.rise = std::min(5.0, b.halfWidth * rng.uniform(0.4, 0.9));
     b.intensity = static_cast<int>(rng.uniform(8000, 22000));
     return b;
+}
+
+Building drawHouse(Random& rng)
+{
+    const double length = rng.uniform(7, 11), width = rng.uniform(6, 9);
+    return shapeBuilding(rng, length, width, 3, 7, 12.5);
 }
 
 Crown drawTree(Random& rng, double x, double y, double lowest, double highest)
@@ -80,11 +94,11 @@ Crown drawShrub(Random& rng, double x, double y)
     c.base = rng.uniform(0.05, 0.2);
     c.radius = rng.uniform(0.5, 1.5);
     c.density = rng.uniform(0.75, 0.9);
+    c.stop = 0.5;
     c.shrub = true;
     return c;
 }
 
-/// True when a crown of radius r at (x, y) would reach into a building's footprint.
 bool hitsBuilding(const std::vector<Building>& buildings, double x, double y, double r)
 {
     for (const auto& b : buildings) {
@@ -96,9 +110,27 @@ bool hitsBuilding(const std::vector<Building>& buildings, double x, double y, do
     return false;
 }
 
-} // namespace
+Layout::Layout(Random& rng, double sideLength, SceneKind kind)
+    : side(sideLength), terrain(rng, sideLength, kind)
+{
+    switch (kind) {
+    case SceneKind::Town:
+        drawTown(rng);
+        break;
+    case SceneKind::Hall:
+        drawHall(rng);
+        break;
+    case SceneKind::Terraces:
+        drawTerraces(rng);
+        break;
+    case SceneKind::Forest:
+        drawForest(rng);
+        break;
+    }
+    buildIndexes();
+}
 
-Layout::Layout(Random& rng, double sideLength) : side(sideLength), terrain(rng, sideLength)
+void Layout::drawTown(Random& rng)
 {
     const double area = side * side;
     const double maxHalf = std::min(12.5, side / 6.0);
@@ -212,7 +244,10 @@ Layout::Layout(Random& rng, double sideLength) : side(sideLength), terrain(rng, 
         g.height = rng.uniform(0.1, 0.3);
         grass.push_back(g);
     }
+}
 
+void Layout::buildIndexes()
+{
     buildingIndex.reset(side, 10.0);
     crownIndex.reset(side, 10.0);
     grassIndex.reset(side, 10.0);

@@ -1,4 +1,4 @@
-// Where the buildings, trees, shrubs and grass of the demo scene stand, with a bucket index for
+// Where the buildings, trees, shrubs and grass of a generated scene stand, with a bucket index for
 // the pulse simulation.
 #pragma once
 
@@ -32,7 +32,37 @@ struct Layout {
     BucketIndex buildingIndex, crownIndex, grassIndex;
     int treesTouchingBuildings = 0;
 
-    Layout(Random& rng, double side);
+    /// Draws the landscape of the kind on a square of the given side (metres) from rng.
+    Layout(Random& rng, double side, SceneKind kind = SceneKind::Town);
+
+private:
+    void drawTown(Random& rng);
+    void drawHall(Random& rng);
+    void drawTerraces(Random& rng);
+    void drawForest(Random& rng);
+    /// Houses drawn by drawHouse, apart from the buildings already placed and, when `flatWithin`
+    /// is positive, only where the ground under the footprint varies by less than that.
+    void placeHouses(Random& rng, int count, double flatWithin);
+    /// Single trees of every size, shrubs and meadows, off the buildings.
+    void scatterPlants(Random& rng, double areaPerTree, double areaPerShrub, double areaPerMeadow);
+    void buildIndexes();
 };
+
+// Drawing helpers shared by the kinds of layout.
+
+/// area / perObject rounded, at least `least`.
+int countFor(double area, double perObject, int least);
+/// A building of the given size (halved sides capped at maxHalf), direction, roof and eave
+/// height drawn from rng.
+Building shapeBuilding(Random& rng, double length, double width, double eaveLow, double eaveHigh,
+                       double maxHalf);
+/// An ordinary house: 7 to 11 m by 6 to 9 m, eaves 3 to 7 m high.
+Building drawHouse(Random& rng);
+Crown drawTree(Random& rng, double x, double y, double lowest, double highest);
+Crown drawShrub(Random& rng, double x, double y);
+/// True when a crown of radius r at (x, y) would reach into a building's footprint.
+bool hitsBuilding(const std::vector<Building>& buildings, double x, double y, double r);
+/// The lowest terrain height under the footprint's corners and centre.
+double lowestUnder(const Terrain& terrain, const Building& b);
 
 } // namespace vx::scene

@@ -63,6 +63,7 @@ struct Crown {
     double radius = 2;
     bool conical = false;
     double density = 0.85; ///< chance that a pulse reflects where it enters the crown
+    double stop = 0.3;     ///< chance that a return from the crown takes the rest of the pulse
     bool shrub = false;
 
     /// Vertical extent of the crown above (x, y) in absolute heights; false when outside.

@@ -81,7 +81,7 @@ int PulseSimulator::fire(double x, double y, double gpsTime, std::vector<ScenePo
             if (rng_.chance(chance)) {
                 const double zz = z + rng_.bell(0.03);
                 if (add(zz, 21000 + rng_.bell(5000.0), vegetationTier(zz - ground)) &&
-                    rng_.chance(s.crown->shrub ? 0.5 : 0.3))
+                    rng_.chance(s.crown->stop))
                     alive = false;
             }
             chance = s.crown->density * 0.55;

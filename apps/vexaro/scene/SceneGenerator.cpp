@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <sstream>
 
 namespace vx::scene {
@@ -57,20 +58,84 @@ double returnsPerPulse(const Layout& layout, uint64_t seed)
     return static_cast<double>(returns) / samples;
 }
 
+/// Returns per pulse a kind's landscape gives, about: the first guess of the scene's size.
+double expectedReturnsPerPulse(SceneKind kind)
+{
+    switch (kind) {
+    case SceneKind::Town:
+        return 1.3;
+    case SceneKind::Hall:
+        return 1.15;
+    case SceneKind::Terraces:
+        return 1.2;
+    case SceneKind::Forest:
+        return 2.2;
+    }
+    return 1.3;
+}
+
+/// Isolated returns far above the ground (a few single ones and one tight cluster of three to
+/// five, as birds or haze give) and a few far below it (multipath), each 1 of 1.
+void addStrayReturns(const Layout& layout, uint64_t seed, std::vector<ScenePoint>& out)
+{
+    Random rng(hashMix(seed, 4));
+    const double side = layout.side, last = side * 0.999999;
+    auto add = [&](double x, double y, double z, uint8_t truth) {
+        x = std::clamp(x, 0.0, last), y = std::clamp(y, 0.0, last);
+        const double intensity = rng.uniform(300, 3000);
+        out.push_back(
+            {x, y, layout.terrain.height(x, y) + z, 0.0, static_cast<uint16_t>(intensity), 1, 1, truth});
+    };
+    const int singles = 3 + static_cast<int>(rng.uniform() * 2.0);
+    for (int k = 0; k < singles; ++k) {
+        const double x = rng.uniform(0, side), y = rng.uniform(0, side);
+        add(x, y, rng.uniform(200.0, 1500.0), kHighNoise);
+    }
+    const int cluster = 3 + static_cast<int>(rng.uniform() * 3.0);
+    const double cx = rng.uniform(0, side), cy = rng.uniform(0, side), cz = rng.uniform(200.0, 1450.0);
+    for (int k = 0; k < cluster; ++k) {
+        const double x = cx + rng.uniform(-0.5, 0.5), y = cy + rng.uniform(-0.5, 0.5);
+        add(x, y, cz + rng.uniform(0.0, 2.0), kHighNoise);
+    }
+    const int low = 3 + static_cast<int>(rng.uniform() * 3.0);
+    for (int k = 0; k < low; ++k) {
+        const double x = rng.uniform(0, side), y = rng.uniform(0, side);
+        add(x, y, -rng.uniform(5.0, 50.0), kLowNoise);
+    }
+}
+
 } // namespace
 
 Scene generateScene(const SceneOptions& options)
 {
-    const double target = static_cast<double>(std::max<std::size_t>(options.targetPoints, 1000));
+    const double target = static_cast<double>(std::max<std::size_t>(options.targetPoints, 10));
     const double density = options.density > 0 ? options.density : 10.0;
-    // Returns per pulse are about 1.3 on this kind of landscape; the pulse spacing below
-    // corrects for what the drawn layout really gives.
-    const double side = std::sqrt(target / (density * 1.3));
+    const SceneKind kind = options.kind;
+    const double leastSide = kind == SceneKind::Hall ? kHallSceneSide : 0.0;
+    // The side follows from the returns a pulse gives, guessed for the kind; the town corrects
+    // for what its drawn layout really gives through the pulse spacing, the other kinds redraw
+    // their layout on a side from the measured returns, so that their pulse density is the one
+    // asked for.
+    double side = std::max(leastSide, std::sqrt(target / (density * expectedReturnsPerPulse(kind))));
 
     Random layoutRng(options.seed);
-    const Layout layout(layoutRng, side);
+    std::optional<Layout> drawn;
+    drawn.emplace(layoutRng, side, kind);
+    double perPulse = returnsPerPulse(*drawn, options.seed);
+    if (kind != SceneKind::Town) {
+        const double better = std::max(leastSide, std::sqrt(target / (density * perPulse)));
+        if (std::fabs(better / side - 1.0) > 0.02) {
+            side = better;
+            layoutRng = Random(options.seed);
+            drawn.emplace(layoutRng, side, kind);
+            perPulse = returnsPerPulse(*drawn, options.seed);
+        }
+    }
+    const Layout& layout = *drawn;
 
     Scene scene;
+    scene.kind = kind;
+    scene.units = options.units;
     scene.side = side;
     scene.buildings = static_cast<int>(layout.buildings.size());
     scene.treesTouchingBuildings = layout.treesTouchingBuildings;
@@ -90,9 +155,10 @@ Scene generateScene(const SceneOptions& options)
             {x, y, z, 0.0, static_cast<uint16_t>(extraRng.uniform(2000, 8000)), 1, 1, kLowNoise});
     }
 
-    const double perPulse = returnsPerPulse(layout, options.seed);
-    const double pulsesWanted = std::max(100.0, (target - static_cast<double>(extras.size())) / perPulse);
-    const int lines = std::max(10, static_cast<int>(std::sqrt(pulsesWanted) + 0.5));
+    const double pulsesWanted = kind == SceneKind::Town
+                                    ? (target - static_cast<double>(extras.size())) / perPulse
+                                    : density * side * side;
+    const int lines = std::max(10, static_cast<int>(std::sqrt(std::max(100.0, pulsesWanted)) + 0.5));
     const double spacing = side / lines;
     scene.pulseSpacing = spacing;
 
@@ -110,6 +176,8 @@ Scene generateScene(const SceneOptions& options)
         }
     }
 
+    if (options.strayReturns)
+        addStrayReturns(layout, options.seed, extras);
     // Extras take the time of the scan line that passed over them.
     for (auto& p : extras) {
         const double row = std::floor(p.y / spacing);
@@ -118,6 +186,17 @@ Scene generateScene(const SceneOptions& options)
     }
     std::stable_sort(scene.points.begin(), scene.points.end(),
                      [](const ScenePoint& a, const ScenePoint& b) { return a.gpsTime < b.gpsTime; });
+
+    // A scene in feet is the same scene with every length divided by the foot's.
+    if (options.units != SceneUnits::Metres) {
+        const double foot = unitLength(options.units);
+        for (auto& p : scene.points)
+            p.x /= foot, p.y /= foot, p.z /= foot;
+        scene.side /= foot;
+        scene.pulseSpacing /= foot;
+        scene.originX /= foot;
+        scene.originY /= foot;
+    }
     return scene;
 }
 

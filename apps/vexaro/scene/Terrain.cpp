@@ -1,5 +1,6 @@
 #include "scene/Terrain.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vx::scene {
@@ -33,7 +34,17 @@ SceneLine randomLine(Random& rng, double side)
 
 } // namespace
 
-Terrain::Terrain(Random& rng, double side)
+Terrain::Terrain(Random& rng, double side, SceneKind kind)
+{
+    if (kind == SceneKind::Hall)
+        drawGentle(rng);
+    else if (kind == SceneKind::Terraces)
+        drawHillside(rng, side);
+    else
+        drawRolling(rng, side);
+}
+
+void Terrain::drawRolling(Random& rng, double side)
 {
     double gx = 0, gy = 0;
     rng.direction(gx, gy);
@@ -51,6 +62,59 @@ Terrain::Terrain(Random& rng, double side)
     ditch_ = randomLine(rng, side);
     ditchDepth_ = rng.uniform(0.9, 1.4);
     ditchHalfWidth_ = rng.uniform(4.0, 5.0);
+}
+
+void Terrain::drawGentle(Random& rng)
+{
+    // At most 1.5 % of tilt and a metre of undulation; neither ridge nor ditch.
+    double gx = 0, gy = 0;
+    rng.direction(gx, gy);
+    const double slope = rng.uniform(0.005, 0.015);
+    tiltX_ = gx * slope;
+    tiltY_ = gy * slope;
+    noiseSeed_ = rng.next();
+    hillAmplitude_ = rng.uniform(0.3, 0.8);
+    bumpAmplitude_ = rng.uniform(0.05, 0.15);
+}
+
+void Terrain::drawHillside(Random& rng, double side)
+{
+    rng.direction(uphillX_, uphillY_);
+    noiseSeed_ = rng.next();
+    bumpAmplitude_ = 0.05; // terraces stay flat within a few centimetres
+    uphillStart_ = std::min(0.0, side * uphillX_) + std::min(0.0, side * uphillY_);
+    const double length = side * (std::fabs(uphillX_) + std::fabs(uphillY_));
+    // Slopes of 30 degrees, 8 to 20 m long, alternate with flights of two to four flat
+    // terraces, 10 to 30 m wide, each 1 to 2 m above the one below behind a near-vertical step.
+    constexpr double kStepRun = 0.2;
+    double u = -rng.uniform(0.0, 10.0), z = 0;
+    profile_.push_back({u - 1.0, z});
+    while (u < length + 1.0) {
+        const double run = rng.uniform(8.0, 20.0);
+        u += run;
+        z += run * kHillsideGradient;
+        profile_.push_back({u, z});
+        const int terraces = 2 + static_cast<int>(rng.uniform() * 3.0);
+        for (int k = 0; k < terraces && u < length + 1.0; ++k) {
+            u += rng.uniform(10.0, 30.0);
+            profile_.push_back({u, z});
+            u += kStepRun;
+            z += rng.uniform(1.0, 2.0);
+            profile_.push_back({u, z});
+        }
+    }
+}
+
+double Terrain::profileHeight(double u) const
+{
+    const auto next = std::upper_bound(profile_.begin(), profile_.end(), u,
+                                       [](double v, const ProfileNode& n) { return v < n.u; });
+    if (next == profile_.begin())
+        return profile_.front().z;
+    if (next == profile_.end())
+        return profile_.back().z;
+    const ProfileNode& a = *(next - 1);
+    return a.z + (next->z - a.z) * (u - a.u) / (next->u - a.u);
 }
 
 double Terrain::valueNoise(double x, double y, double cell, uint64_t seed) const
@@ -76,6 +140,8 @@ double Terrain::height(double x, double y) const
     z += bumpAmplitude_ * valueNoise(x, y, 35.0, noiseSeed_ + 1);
     z += ridgeHeight_ * bump(ridge_.distance(x, y) / ridgeHalfWidth_);
     z -= ditchDepth_ * bump(ditch_.distance(x, y) / ditchHalfWidth_);
+    if (!profile_.empty())
+        z += profileHeight(x * uphillX_ + y * uphillY_ - uphillStart_);
     return z;
 }
 

@@ -1,9 +1,12 @@
-// Bare-earth height of the demo scene: a tilted plane with rolling hills, one ridge and one ditch.
+// Bare-earth height of the generated scenes: a tilted plane with rolling hills, one ridge and one
+// ditch; gentle ground for the hall; a hillside of slopes and terraces.
 #pragma once
 
 #include "scene/Random.h"
+#include "scene/Scene.h"
 
 #include <cmath>
+#include <vector>
 
 namespace vx::scene {
 
@@ -22,11 +25,15 @@ inline double rollingSlope(double x, double y, double slope, double amplitude, d
     return slope * x + amplitude * std::sin(x / wx) * std::cos(y / wy);
 }
 
-/// The demo scene's bare earth, drawn from its generator.
+/// Rise over run of the terraced hillside's slopes: tan 30 degrees.
+constexpr double kHillsideGradient = 0.57735026918962576;
+
+/// The generated scenes' bare earth, drawn from their generator.
 class Terrain {
 public:
-    /// Draws the shape for a square scene of the given side (metres) from rng.
-    Terrain(Random& rng, double side);
+    /// Draws the shape for a square scene of the given side (metres) from rng: rolling terrain
+    /// for the town and the forest, gentle ground for the hall, a hillside for the terraces.
+    Terrain(Random& rng, double side, SceneKind kind = SceneKind::Town);
 
     /// Height of the bare earth at (x, y), metres above the vertical datum.
     double height(double x, double y) const;
@@ -36,7 +43,15 @@ public:
     double ditchHalfWidth() const { return ditchHalfWidth_; }
 
 private:
+    /// A point of the hillside's profile: height z at distance u along the uphill direction.
+    struct ProfileNode {
+        double u, z;
+    };
+    void drawRolling(Random& rng, double side);
+    void drawGentle(Random& rng);
+    void drawHillside(Random& rng, double side);
     double valueNoise(double x, double y, double cell, uint64_t seed) const;
+    double profileHeight(double u) const;
 
     double base_ = 120.0;
     double tiltX_ = 0, tiltY_ = 0;
@@ -46,6 +61,10 @@ private:
     double ridgeHeight_ = 0, ridgeHalfWidth_ = 1;
     SceneLine ditch_;
     double ditchDepth_ = 0, ditchHalfWidth_ = 1;
+    /// The hillside: heights along (uphillX_, uphillY_), measured from the scene's lowest corner
+    /// in that direction; empty for other kinds.
+    std::vector<ProfileNode> profile_;
+    double uphillX_ = 1, uphillY_ = 0, uphillStart_ = 0;
 };
 
 } // namespace vx::scene

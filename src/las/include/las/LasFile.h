@@ -63,6 +63,11 @@ public:
     /// Appends a point to a created file: coordinates rounded to the nearest raw value; counts,
     /// bounds and return histograms follow. Throws when a value does not fit its field.
     void addPoint(const NewPoint& p);
+    /// Appends a VLR to the VLRs of a created file, before its point records, and updates the
+    /// header's VLR count and point offset. The user id holds at most 16 bytes, the description
+    /// 32, the payload 65535. Throws vexaro::LasError otherwise, or for a file that was read.
+    void addVlr(const std::string& userId, uint16_t recordId, const std::string& description,
+                const std::vector<uint8_t>& payload);
     /// Reserves room for this many points in a created file.
     void reserve(std::size_t points);
     /// Writes the bytes as held; throws when the file cannot be written.
