@@ -20,7 +20,7 @@ const char* kGeneral =
     "  classify INPUT.las -o OUTPUT.las   classify: ground, buildings, vegetation, low points\n"
     "  demo [--out DIR]                   generate a synthetic scene, classify it, report accuracy\n"
     "  scene -o INPUT.las                 write a synthetic scene (town, hall, terraces, forest)\n"
-    "  info FILE.las                      header, bounds and class histogram of a LAS file\n"
+    "  info FILE.las                      header, bounds, classes and data profile of a LAS file\n"
     "  eval REFERENCE.las CLASSIFIED.las  accuracy of a classification against a reference\n"
     "  eval REF_DIR RESULT_DIR            the same for every LAS file of a folder, as a table\n"
     "  devices                            compute devices and the backend that would be used\n"
@@ -88,12 +88,19 @@ const char* kScene =
     "  -h, --help             this help\n";
 
 const char* kInfo =
-    "Usage: vexaro info FILE.las\n"
+    "Usage: vexaro info FILE.las [--units U]\n"
     "\n"
-    "Prints the LAS version, point format, point count, bounds, scale and offset of FILE.las\n"
-    "and how many points each class holds, with the ASPRS class names.\n"
+    "Prints the LAS version, point format, point count, bounds, scale and offset of FILE.las,\n"
+    "how many points each class holds, with the ASPRS class names, and the data profile: length\n"
+    "units (from the file's WKT or GeoTIFF keys), extent and occupied area, robust height range\n"
+    "(1st and 99th percentile), density and spacing of all points and of last returns over the\n"
+    "occupied area, returns per pulse and points suspected as noise (far from every neighbour or\n"
+    "far outside the height range). Warnings about data the classification cannot handle go to\n"
+    "standard error.\n"
     "\n"
     "Options:\n"
+    "  --units U              length unit of the coordinates, overriding the file's:\n"
+    "                         metres (m), feet (ft) or us-feet (us-ft, ftUS)\n"
     "  -h, --help             this help\n";
 
 const char* kEval =

@@ -1,6 +1,7 @@
 #include "Args.h"
 #include "Commands.h"
 #include "Console.h"
+#include "DataProfile.h"
 #include "FileChecks.h"
 #include "Format.h"
 #include "ParameterTable.h"
@@ -40,13 +41,16 @@ int infoCommand(const Arguments& arguments)
 {
     ArgList args(arguments, "info");
     std::string path;
+    LengthUnit units = LengthUnit::Unknown;
     while (!args.done()) {
         const std::string t = args.next();
         if (t == "-h" || t == "--help") {
             std::cout << helpText("info");
             return 0;
         }
-        if (isOption(t))
+        if (t == "--units")
+            units = parseUnits(args.value(t));
+        else if (isOption(t))
             args.unknownOption(t);
         else if (path.empty())
             path = t;
@@ -80,6 +84,12 @@ int infoCommand(const Arguments& arguments)
     for (std::size_t i = 0; i < file.size(); ++i)
         classes[i] = file.classification(i);
     std::cout << "\nClasses\n" << classSummary(classes, h.pointFormat <= 5);
+
+    const DataProfile profile = profileLas(file, units);
+    std::cout << '\n' << formatProfile(profile);
+    std::cout.flush();
+    for (const std::string& w : profile.warnings)
+        std::cerr << "vexaro: warning: " << w << '\n';
     return 0;
 }
 

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -87,6 +88,15 @@ LasFile LasFile::fromMemory(std::vector<uint8_t> bytes, const std::string& name)
     f.stride_ = f.header_.recordLength;
     f.wideFormat_ = f.header_.pointFormat >= 6;
     return f;
+}
+
+std::vector<uint8_t> LasFile::vlrPayload(std::size_t k) const
+{
+    if (k >= vlrs_.size())
+        throw std::out_of_range(name_ + ": no VLR " + std::to_string(k + 1) + " (the file has " +
+                                std::to_string(vlrs_.size()) + ")");
+    const auto begin = bytes_.begin() + static_cast<std::ptrdiff_t>(vlrs_[k].payloadOffset);
+    return std::vector<uint8_t>(begin, begin + static_cast<std::ptrdiff_t>(vlrs_[k].payloadSize));
 }
 
 } // namespace vx::las

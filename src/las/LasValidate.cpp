@@ -49,6 +49,7 @@ void walkVlrs(const std::vector<uint8_t>& bytes, const LasHeader& h, const std::
             fail(name, "VLR " + ordinal(k, h.vlrCount) + " runs past " + where);
         LasVlr v = vlrAt(bytes.data() + pos, false);
         pos += kVlrHeader;
+        v.payloadOffset = pos;
         if (limit - pos < v.payloadSize)
             fail(name, "VLR " + ordinal(k, h.vlrCount) + entryName(v) + " runs past " + where);
         pos += v.payloadSize;
@@ -73,6 +74,7 @@ void walkEvlrs(const std::vector<uint8_t>& bytes, const LasHeader& h, const std:
                            std::to_string(size) + " bytes)");
         LasVlr v = vlrAt(bytes.data() + pos, true);
         pos += kEvlrHeader;
+        v.payloadOffset = pos;
         if (size - pos < v.payloadSize)
             fail(name, "EVLR " + ordinal(k, h.evlrCount) + entryName(v) + " runs past the end of the file (" +
                            std::to_string(size) + " bytes)");

@@ -12,7 +12,9 @@ TEST(CliInfo, WarsawSample)
 {
     const auto r = run({"info", sample("warsaw_small.las")});
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.err, "");
+    // Its WKT record is empty: the profile warns that the units are unknown.
+    EXPECT_EQ(r.err, "vexaro: warning: the file names no length unit; lengths are read as metres (give "
+                     "--units metres, feet or us-feet to say which)\n");
     const std::string expected =
         "File            " + sample("warsaw_small.las") +
         "\n"
@@ -34,8 +36,48 @@ TEST(CliInfo, WarsawSample)
         "      3  Low vegetation                     257     8.57 %\n"
         "      4  Medium vegetation                   27     0.90 %\n"
         "      5  High vegetation                    902    30.07 %\n"
-        "         total                            3,000\n";
-    EXPECT_EQ(r.out, expected);
+        "         total                            3,000\n"
+        "\n"
+        "Profile\n";
+    // The profile's figures are checked in DataProfileSamplesTest.
+    EXPECT_EQ(r.out.substr(0, expected.size()), expected);
+    expectLines(r.out, {{"  Units", "  Units            unknown (read as metres)"}});
+}
+
+TEST(CliInfo, UnitsOptionOverridesTheFile)
+{
+    const auto r = run({"info", sample("warsaw_small.las"), "--units", "metres"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    expectLines(r.out, {{"  Units", "  Units            metre horizontal and vertical (--units)"}});
+    EXPECT_NE(r.out.find(" pts/m², spacing "), std::string::npos);
+
+    const auto feet = run({"info", "--units=us-ft", sample("ign_hd_corse.las")});
+    ASSERT_EQ(feet.status, 0) << feet.err;
+    expectLines(feet.out,
+                {{"  Units", "  Units            US survey foot horizontal and vertical (--units)"}});
+}
+
+TEST(CliInfo, UnknownUnitsAreAMistakeOnTheCommandLine)
+{
+    const auto r = run({"info", sample("warsaw_small.las"), "--units", "yards"});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "vexaro: error: unknown unit 'yards' for --units (use metres, feet or us-feet)\n");
+    const auto missing = run({"info", sample("warsaw_small.las"), "--units"});
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_NE(missing.err.find("'--units' needs a value"), std::string::npos);
+}
+
+TEST(CliInfo, ProfileOfAFileWithItsCoordinateSystem)
+{
+    const auto r = run({"info", sample("ign_hd_0382_6565_decimated_cropped.las")});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    expectLines(r.out, {{"  Units", "  Units            metre horizontal and vertical (WKT)"}});
+    EXPECT_NE(r.out.find("\nProfile\n  Units"), std::string::npos);
+    for (const char* line : {"  Extent ", "  Heights ", "  Density ", "  Last returns ", "  Returns/pulse ",
+                             "  Noise suspicion "})
+        EXPECT_NE(r.out.find(line), std::string::npos) << line;
 }
 
 TEST(CliInfo, SampleCUsesTheOlderClassNamesOfItsPointFormat)

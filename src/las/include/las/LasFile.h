@@ -36,7 +36,8 @@ struct LasVlr {
     uint16_t recordId = 0;
     std::string description;
     uint64_t payloadSize = 0;
-    bool extended = false; ///< an EVLR after the points
+    uint64_t payloadOffset = 0; ///< where the payload starts in the file's bytes
+    bool extended = false;      ///< an EVLR after the points
 };
 
 /// A point to append to a file made by LasFile::create().
@@ -76,6 +77,8 @@ public:
     const LasHeader& header() const { return header_; }
     /// VLRs, then EVLRs.
     const std::vector<LasVlr>& vlrs() const { return vlrs_; }
+    /// The payload of vlrs()[k]; throws std::out_of_range when k is past the last entry.
+    std::vector<uint8_t> vlrPayload(std::size_t k) const;
     /// The whole file as it would be written.
     const std::vector<uint8_t>& bytes() const { return bytes_; }
     const std::string& name() const { return name_; }
