@@ -7,20 +7,24 @@
 
 namespace vx::app {
 
+/// Median slope of the coarse terrain above which "auto" takes the mountain preset: about 14
+/// degrees, steeper than towns and farmland are over most of their area.
+constexpr double kSteepTerrain = 0.25;
+
 const std::vector<Preset>& presets()
 {
     static const std::vector<Preset> table = {
-        {"auto", "chosen from the data (the general values unless the data says otherwise)", 40.0, 0.5,
+        {"general", "any landscape that is not steep: towns, farmland, forest", 40.0, 0.5, 0.0,
          "the general values: halls up to 80 m are cut from the terrain, and slopes up to about 27 degrees "
          "stay ground"},
-        {"flat", "plains, farmland, gentle towns", 40.0, 0.25,
+        {"flat", "plains, farmland, gentle towns", 40.0, 0.25, 0.0,
          "gentle ground: a low slope limit also cuts cars, hedges and low sheds"},
-        {"city", "dense towns with large halls and flat roofs", 60.0, 0.4,
+        {"city", "dense towns with large halls and flat roofs", 60.0, 0.4, 0.0,
          "the widest window cuts buildings up to 120 m across; slopes up to about 22 degrees stay ground"},
-        {"forest", "closed canopy, few ground returns", 40.0, 0.6,
+        {"forest", "closed canopy, few ground returns", 40.0, 0.6, 0.0,
          "the canopy is cut wherever a few returns reach the ground; slopes up to about 31 degrees stay "
          "ground"},
-        {"mountain", "steep slopes, ridges and terraces", 25.0, 1.0,
+        {"mountain", "steep slopes, ridges and terraces", 25.0, 1.0, 0.8,
          "slopes up to 45 degrees stay ground; narrower windows keep ridges and summits that wider ones "
          "would "
          "cut, at the cost of buildings wider than 50 m"},
@@ -28,15 +32,21 @@ const std::vector<Preset>& presets()
     return table;
 }
 
+const Preset& presetFor(const DataScale& scale)
+{
+    return presetNamed(scale.terrainSlope > kSteepTerrain ? "mountain" : "general");
+}
+
 const Preset& presetNamed(const std::string& name)
 {
+    // "auto" is a choice between presets, made from the data, not a preset of its own.
     for (const auto& p : presets())
         if (name == p.name)
             return p;
     std::string names;
     for (const auto& p : presets())
         names += std::string(names.empty() ? "" : ", ") + p.name;
-    throw UsageError("unknown preset '" + name + "' (known: " + names + ")");
+    throw UsageError("unknown preset '" + name + "' (known: auto, " + names + ", none)");
 }
 
 namespace {
@@ -69,6 +79,7 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
            "1.5 x last-return spacing, at least 1 m: most cells hold a last return");
     length("TerrainWindow", preset.terrainWindow, "preset");
     out.push_back({"TerrainSlope", preset.terrainSlope * v / h, "preset (rise per run)"});
+    out.push_back({"TerrainClimb", preset.terrainClimb * v / h, "preset (rise per run; 0: off)"});
     height("TerrainStepHeight", 0.3, "0.3 m: above the roughness of bare ground");
     height("TerrainGroundDistance", 0.5,
            "0.5 m: the surface between cell centres is that sure on flat ground");

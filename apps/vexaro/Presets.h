@@ -17,6 +17,7 @@ struct DataScale {
     double lastSpacing = 0;   ///< the same over last returns, metres
     double metresPerUnit = 1; ///< length of the file's horizontal unit in metres
     double metresPerVerticalUnit = 1;
+    double terrainSlope = 0; ///< median slope of the coarse lowest-point surface, rise per run
 };
 
 /// A named landscape: the values that differ between landscapes, with the reason for each.
@@ -25,11 +26,15 @@ struct Preset {
     const char* description;
     double terrainWindow; ///< metres: half of the widest object cut from the terrain
     double terrainSlope;  ///< steepest terrain slope kept, rise per run
+    double terrainClimb;  ///< slope between cells that joins a cut object back to the terrain; 0: off
     const char* reason;
 };
 
-/// The named presets; "auto" chooses one of them from the data.
+/// The named presets; "auto" chooses general or mountain from the data.
 const std::vector<Preset>& presets();
+/// The preset "auto" takes for data of that scale: mountain where the terrain is steep, general
+/// elsewhere.
+const Preset& presetFor(const DataScale& scale);
 /// The preset of that name; throws UsageError for an unknown name.
 const Preset& presetNamed(const std::string& name);
 

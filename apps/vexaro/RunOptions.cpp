@@ -2,13 +2,15 @@
 
 #include "ParamsFile.h"
 
+#include "DataProfile.h"
+#include "Format.h"
+#include "TerrainSteepness.h"
 #include "las/LasFile.h"
 
+#include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstdlib>
 #include <iostream>
-#include <unordered_set>
 
 namespace vx::app {
 
@@ -35,8 +37,10 @@ bool parseRunOption(ArgList& args, const std::string& token, RunOptions& run)
         run.doublePrecision = precision == "double";
     } else if (token == "--preset") {
         run.preset = args.value(token);
-        if (run.preset != "none")
+        if (run.preset != "none" && run.preset != "auto")
             presetNamed(run.preset);
+    } else if (token == "--units") {
+        run.units = parseUnits(args.value(token));
     } else if (token == "--log") {
         run.logPath = args.value(token);
     } else if (token == "-q" || token == "--quiet") {
@@ -66,8 +70,11 @@ const char* runOptionsHelp()
            "  --backend B            auto (CUDA when a device is present, else CPU), cpu or cuda\n"
            "  --layout L             soa (default) or aos: the library's memory layout\n"
            "  --precision P          float (default) or double\n"
-           "  --preset P             auto (default: from the data), flat, city, forest, mountain, or none\n"
-           "                         (the library's defaults); see 'vexaro params --presets'\n"
+           "  --preset P             auto (default: general or mountain, from the data), general, flat,\n"
+           "                         city, forest, mountain, or none (the library's defaults and the\n"
+           "                         ground seeds and growth); see 'vexaro params --presets'\n"
+           "  --units U              length unit of the input when its coordinate system does not say:\n"
+           "                         metres, feet or us-feet (it wins over the file's own)\n"
            "  --log FILE             write the library's own messages to FILE\n"
            "  -v, --verbose          show the library's own messages on the terminal\n"
            "  -q, --quiet            print nothing but errors\n";
@@ -75,33 +82,33 @@ const char* runOptionsHelp()
 
 namespace {
 
-/// Spacing of all returns and of last returns over the occupied 2 x 2 unit cells.
-DataScale scaleOfFile(const std::string& input)
+/// Profiles the input, prints the profile (unless quiet) and its warnings, and returns what
+/// the parameter rules read.
+DataScale measureScale(const std::string& input, const RunOptions& run, Reporter& reporter)
 {
     const auto file = vx::las::LasFile::read(input);
-    std::unordered_set<long long> all, last;
-    const double cell = 2.0;
-    std::size_t lastCount = 0;
-    for (std::size_t i = 0; i < file.size(); ++i) {
-        const long long key = static_cast<long long>(std::floor(file.x(i) / cell)) * 100000007LL +
-                              static_cast<long long>(std::floor(file.y(i) / cell));
-        all.insert(key);
-        if (file.returnNumber(i) >= file.numberOfReturns(i)) {
-            last.insert(key);
-            ++lastCount;
-        }
-    }
-    DataScale s;
-    if (!all.empty())
-        s.spacing = std::sqrt(cell * cell * all.size() / static_cast<double>(file.size()));
-    if (!last.empty())
-        s.lastSpacing = std::sqrt(cell * cell * last.size() / static_cast<double>(lastCount));
-    return s;
+    const DataProfile profile = profileLas(file, run.units);
+    if (!reporter.quiet())
+        std::cout << formatProfile(profile) << std::endl;
+    for (const auto& w : profile.warnings)
+        std::cerr << "vexaro: warning: " << w << std::endl;
+    DataScale scale;
+    scale.spacing = profile.spacing;
+    scale.lastSpacing = profile.lastSpacing;
+    scale.metresPerUnit = profile.metresPerUnit;
+    scale.metresPerVerticalUnit =
+        profile.verticalUnit == LengthUnit::Unknown ? profile.metresPerUnit : metresPer(profile.verticalUnit);
+    // Cells of four last-return spacings and at least 5 m hold a ground return almost everywhere.
+    const double cellMetres = std::max(5.0, 4.0 * (profile.lastSpacing > 0 ? profile.lastSpacing : 1.0));
+    scale.terrainSlope = terrainSteepness(file, cellMetres / scale.metresPerUnit) *
+                         scale.metresPerVerticalUnit / scale.metresPerUnit;
+    return scale;
 }
 
 template <class T>
 RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, PipelineOptions pipeline,
-                const std::string& input, LibraryOutput& libraryOutput, Reporter& reporter)
+                const std::string& input, const DataScale& scale, LibraryOutput& libraryOutput,
+                Reporter& reporter)
 {
     RunResult result;
     LibraryOutput::Redirect quiet(libraryOutput);
@@ -124,8 +131,13 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
         applyRecommendedParameters(v);
     pipeline.recommendedParameters = false;
     if (run.preset != "none") {
+        const Preset& preset = run.preset == "auto" ? presetFor(scale) : presetNamed(run.preset);
+        reporter.note(
+            "preset " + std::string(preset.name) +
+            (run.preset == "auto" ? " (auto, terrain slope " + fixed(scale.terrainSlope, 2) + ")" : "") +
+            ": " + preset.description);
         std::vector<Setting> derived;
-        for (const auto& d : deriveParameters(presetNamed(run.preset), scaleOfFile(input)))
+        for (const auto& d : deriveParameters(preset, scale))
             derived.push_back({d.name, d.value});
         applySettings(derived, v, pipeline);
     } else {
@@ -150,9 +162,10 @@ RunResult runClassification(const RunOptions& run, const std::vector<Setting>& s
                             PipelineOptions pipeline, const std::string& input, LibraryOutput& libraryOutput,
                             Reporter& reporter)
 {
+    const DataScale scale = run.preset == "none" ? DataScale{} : measureScale(input, run, reporter);
     if (run.doublePrecision)
-        return runAs<double>(run, settings, pipeline, input, libraryOutput, reporter);
-    return runAs<float>(run, settings, pipeline, input, libraryOutput, reporter);
+        return runAs<double>(run, settings, pipeline, input, scale, libraryOutput, reporter);
+    return runAs<float>(run, settings, pipeline, input, scale, libraryOutput, reporter);
 }
 
 } // namespace vx::app

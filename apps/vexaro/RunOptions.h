@@ -3,6 +3,7 @@
 
 #include "Args.h"
 #include "Console.h"
+#include "CoordinateUnits.h"
 #include "ParameterTable.h"
 #include "Pipeline.h"
 #include "Presets.h"
@@ -20,6 +21,7 @@ struct RunOptions {
     bool doublePrecision = false;
     std::string logPath;
     bool quiet = false, verbose = false;
+    LengthUnit units = LengthUnit::Unknown; ///< --units: overrides the file's coordinate system
     std::string preset = "auto"; ///< a name of presets(), or "none": the library's defaults and the
                                  ///< recommended values only
 };
