@@ -126,6 +126,12 @@ public:
     void performVegetationClassification(int lowVegetationClass, int mediumVegetationClass,
                                          int highVegetationClass, int groundClass, int ignored);
 
+    /// Marks isolated points and small far-off groups among the admitted points (allowed-input-classes
+    /// table): lowNoiseClass for those lying below their surroundings, highNoiseClass above.
+    /// Needs a planar grid (regularGridDecomposition2D) whose columns are at least NoiseRange
+    /// wide; reads NoiseRange, NoiseMinNeighbours, NoiseHeightGap and NoiseGroupPoints.
+    void classifyNoise(int lowNoiseClass, int highNoiseClass);
+
     /// Number of points held by the engine.
     int pointCount() const;
     /// Copy of the host records (gathered from the per-field arrays in that layout).

@@ -95,7 +95,15 @@
     X(VegetationHighLimit, VegetationHighLimit, Height, 2.0, "m", -1000, 1000, "vegetation", Vegetation, 0,  \
       "medium/high vegetation limit above the ground")                                                       \
     X(VegetationRatio, VegetationRatio, Ratio, 0.5, "", -1000, 1000, "vegetation", Vegetation, 0,            \
-      "weight of the vegetation plane against the ground plane")
+      "weight of the vegetation plane against the ground plane")                                             \
+    X(NoiseRange, NoiseRange, Length, 2.0, "m", 0.001, 1000, "noise", Noise, 1,                              \
+      "search radius of the isolation test of the noise step")                                               \
+    X(NoiseMinNeighbours, NoiseMinNeighbours, Count, 2, "", 0, 2147483647, "noise", Noise, 0,                \
+      "fewer other points within NoiseRange make a point isolated noise; 0: off")                            \
+    X(NoiseHeightGap, NoiseHeightGap, Height, 10.0, "m", 0.001, 100000, "noise", Noise, 0,                   \
+      "empty height band that parts a far-off group from the rest of its columns")                           \
+    X(NoiseGroupPoints, NoiseGroupPoints, Count, 5, "", 0, 1000, "noise", Noise, 0,                          \
+      "largest far-off group that is noise; 0: off")
 
 // The C++ type of each kind: VEXARO_PARAMETER_TYPE_<Kind> is what the engine stores and get_
 // returns, VEXARO_PARAMETER_ARG_<Kind> what set_ takes. T is the precision of Vexaro<T>.
@@ -131,6 +139,7 @@ enum ParameterStep : unsigned {
     BuildingSeeds = 1u << 5,      ///< findBuildingSeed
     BuildingGrowth = 1u << 6,     ///< performIterativeBuildingGrowth
     Vegetation = 1u << 7,         ///< performVegetationClassification
+    Noise = 1u << 8,              ///< classifyNoise
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };
