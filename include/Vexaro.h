@@ -130,6 +130,11 @@ public:
     /// terrain: the surface left by cutting from the lowest points of TerrainCellSize cells every
     /// object narrower than twice TerrainWindow. Needs no grid and no normals.
     void classifyTerrainGround(int groundClass);
+    /// Marks isolated points and small far-off groups among the admitted points (allowed-input-classes
+    /// table): lowNoiseClass for those lying below their surroundings, highNoiseClass above.
+    /// Needs a planar grid (regularGridDecomposition2D) whose columns are at least NoiseRange
+    /// wide; reads NoiseRange, NoiseMinNeighbours, NoiseHeightGap and NoiseGroupPoints.
+    void classifyNoise(int lowNoiseClass, int highNoiseClass);
 
     /// Number of points held by the engine.
     int pointCount() const;

@@ -109,7 +109,15 @@
     X(TerrainGroundDistance, TerrainGroundDistance, Height, 0.5, "m", 0, 1000, "terrain", TerrainGround, 0,  \
       "largest distance of a ground point from the terrain surface")                                         \
     X(TerrainGradientFactor, TerrainGradientFactor, Ratio, 1.25, "", 0, 1000, "terrain", TerrainGround, 0,   \
-      "extra distance per unit of the surface's slope")
+      "extra distance per unit of the surface's slope")                                                      \
+    X(NoiseRange, NoiseRange, Length, 2.0, "m", 0.001, 1000, "noise", Noise, 1,                              \
+      "search radius of the isolation test of the noise step")                                               \
+    X(NoiseMinNeighbours, NoiseMinNeighbours, Count, 2, "", 0, 2147483647, "noise", Noise, 0,                \
+      "fewer other points within NoiseRange make a point isolated noise; 0: off")                            \
+    X(NoiseHeightGap, NoiseHeightGap, Height, 10.0, "m", 0.001, 100000, "noise", Noise, 0,                   \
+      "empty height band that parts a far-off group from the rest of its columns")                           \
+    X(NoiseGroupPoints, NoiseGroupPoints, Count, 5, "", 0, 1000, "noise", Noise, 0,                          \
+      "largest far-off group that is noise; 0: off")
 
 // The C++ type of each kind: VEXARO_PARAMETER_TYPE_<Kind> is what the engine stores and get_
 // returns, VEXARO_PARAMETER_ARG_<Kind> what set_ takes. T is the precision of Vexaro<T>.
@@ -146,6 +154,7 @@ enum ParameterStep : unsigned {
     BuildingGrowth = 1u << 6,     ///< performIterativeBuildingGrowth
     Vegetation = 1u << 7,         ///< performVegetationClassification
     TerrainGround = 1u << 8,      ///< classifyTerrainGround
+    Noise = 1u << 9,              ///< classifyNoise
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

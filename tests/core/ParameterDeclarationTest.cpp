@@ -136,7 +136,8 @@ TYPED_TEST(ParameterDeclarationTest, GridColumnsFollowTheFarthestReach)
 {
     using T = TypeParam;
     Vexaro<T> v;
-    EXPECT_EQ(v.rangeGridCellSize(), 2.0); // BuildingGroundRange, VegetationRange, 2 x Building3GroundRange
+    EXPECT_EQ(v.rangeGridCellSize(), 2.0); // BuildingGroundRange, VegetationRange, 2 x Building3GroundRange,
+                                           // NoiseRange
     v.set_VegetationRange(T(3));
     EXPECT_EQ(v.rangeGridCellSize(), 3.0);
     v.set_Building3GroundRange(T(2.5));
@@ -153,6 +154,7 @@ TYPED_TEST(ParameterDeclarationTest, GridColumnsFollowTheFarthestReach)
     a.set_BuildingGroundRange(T(0.5));
     a.set_VegetationRange(T(0.5));
     a.set_Building3GroundRange(T(0.25));
+    a.set_NoiseRange(T(0.5));
     EXPECT_EQ(a.rangeGridCellSize(), 1.5); // BuildingRange and Building2Range
     a.regularGridDecomposition2DFromRanges();
     b.regularGridDecomposition2D(1.5, 1.5);

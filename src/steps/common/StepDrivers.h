@@ -25,6 +25,7 @@ VX_DECLARE_STEP(runBuildingSeeds)
 VX_DECLARE_STEP(runBuildingGrowth)
 VX_DECLARE_STEP(runVegetation)
 VX_DECLARE_STEP(runTerrainGround)
+VX_DECLARE_STEP(runNoise)
 
 #undef VX_DECLARE_STEP
 

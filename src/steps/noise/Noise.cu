@@ -1,0 +1,3 @@
+#include "steps/noise/NoiseDriver.h"
+
+VX_INSTANTIATE_STEP(runNoise)

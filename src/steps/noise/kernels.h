@@ -1,0 +1,164 @@
+// Kernels of the noise step, written once for both layouts: a judging pass that writes a verdict
+// per point, then a pass that gives the classes. Judging never reads a class the step changes,
+// so the verdicts do not depend on the order in which points are judged.
+#pragma once
+
+#include "grid/PointKernel.h"
+
+#include <cstdint>
+
+namespace vx {
+
+/// What the judging pass says of a point.
+enum NoiseVerdict : uint8_t { NoiseKept = 0, NoiseLow = 1, NoiseHigh = 2 };
+
+template <class T> struct NoiseParams {
+    T range;           ///< radius of the isolation test
+    int minNeighbours; ///< fewer other admitted points within range: isolated
+    T gap;             ///< empty height band that parts a far-off group from the bulk
+    int groupPoints;   ///< largest far-off group that is noise (0: no far-off test)
+};
+
+/// Judges the admitted point at sorted position i against the admitted points of its own and the
+/// adjacent columns (its column block), the point itself included in the height counts:
+/// - far-off above: the chain of heights reached from the point's height downwards in steps
+///   shorter than gap ends at a height lo with an empty band of at least gap beneath it; at most
+///   groupPoints points lie at or above lo, and more than that lie below the band;
+/// - far-off below: the same upwards, ending at hi, with the counts taken below and above;
+/// - isolated: fewer than minNeighbours other points within range in 3D; low when more of the
+///   block lies above it than below, high otherwise (also when the block holds nothing else).
+/// Far-off verdicts come first. Non-admitted points are neither judged nor counted. Each far-off
+/// walk adds at least one point to its side per pass over the block and stops once the side
+/// holds more than groupPoints, so a point costs at most 2 groupPoints + 3 passes.
+template <class T, class Points, class Index, class Groups>
+struct JudgeNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
+    uint8_t* verdict; ///< by point index
+    NoiseParams<T> par;
+
+    VX_HD void operator()(int i) const
+    {
+        if (i >= this->count)
+            return;
+        const int p = this->itg.pointIndex(i);
+        verdict[p] = judge(i, p);
+    }
+
+    VX_HD uint8_t judge(int i, int p) const
+    {
+        if (this->ownPoint(i) < 0)
+            return NoiseKept;
+        const T px = this->pts.x(p), py = this->pts.y(p), pz = this->pts.z(p);
+        const T range2 = par.range * par.range;
+        int close = 0, above = 0, below = 0;
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+            if (q == p || !this->allowed.admits(this->pts.cls(q)))
+                return;
+            const T qz = this->pts.z(q);
+            if (qz > pz)
+                ++above;
+            else if (qz < pz)
+                ++below;
+            if (squaredDistance<T>(px - T(this->pts.x(q)), py - T(this->pts.y(q)), pz - qz) < range2)
+                ++close;
+        });
+        if (par.groupPoints > 0) {
+            // The cheap bound first: the point's own side holds at least everything beyond it.
+            if (above < par.groupPoints && farOffAbove(i, pz))
+                return NoiseHigh;
+            if (below < par.groupPoints && farOffBelow(i, pz))
+                return NoiseLow;
+        }
+        if (close < par.minNeighbours)
+            return above > below ? NoiseLow : NoiseHigh;
+        return NoiseKept;
+    }
+
+    /// Walks down from z; true when the point's side above the first band of at least gap holds
+    /// at most groupPoints points and fewer than the block below the band.
+    VX_HD bool farOffAbove(int i, T z) const
+    {
+        T lo = z;
+        for (;;) {
+            int side = 0, rest = 0;
+            bool extends = false;
+            T next = lo;
+            this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+                if (!this->allowed.admits(this->pts.cls(q)))
+                    return;
+                const T qz = this->pts.z(q);
+                if (qz >= lo) {
+                    ++side;
+                    return;
+                }
+                ++rest;
+                if (qz > lo - par.gap && qz < next) {
+                    next = qz;
+                    extends = true;
+                }
+            });
+            if (side > par.groupPoints)
+                return false;
+            if (!extends)
+                return rest > side;
+            lo = next;
+        }
+    }
+
+    /// Walks up from z; the mirror of farOffAbove.
+    VX_HD bool farOffBelow(int i, T z) const
+    {
+        T hi = z;
+        for (;;) {
+            int side = 0, rest = 0;
+            bool extends = false;
+            T next = hi;
+            this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+                if (!this->allowed.admits(this->pts.cls(q)))
+                    return;
+                const T qz = this->pts.z(q);
+                if (qz <= hi) {
+                    ++side;
+                    return;
+                }
+                ++rest;
+                if (qz < hi + par.gap && qz > next) {
+                    next = qz;
+                    extends = true;
+                }
+            });
+            if (side > par.groupPoints)
+                return false;
+            if (!extends)
+                return rest > side;
+            hi = next;
+        }
+    }
+};
+template <class T, class L> using k_judgeNoise = OnLayout<JudgeNoise, T, L>;
+
+/// Gives the classes of the verdicts: lowClass to NoiseLow, highClass to NoiseHigh.
+template <class T, class Points, class Index, class Groups>
+struct MarkNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
+    const uint8_t* verdict;
+    int lowClass, highClass;
+
+    VX_HD void operator()(int i) const
+    {
+        if (i >= this->count)
+            return;
+        const int p = this->itg.pointIndex(i);
+        if (verdict[p] == NoiseLow)
+            this->pts.setCls(p, lowClass);
+        else if (verdict[p] == NoiseHigh)
+            this->pts.setCls(p, highClass);
+    }
+};
+template <class T, class L> using k_markNoise = OnLayout<MarkNoise, T, L>;
+
+/// Verdicts equal to `of`, for counting.
+struct IsNoiseVerdict {
+    uint8_t of;
+    VX_HD bool operator()(uint8_t v) const { return v == of; }
+};
+
+} // namespace vx
