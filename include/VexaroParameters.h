@@ -90,12 +90,14 @@
       0, "largest share of planar points")                                                                   \
     X(VegetationProcOfPlant, VegetationProcOfPlant, Ratio, 0.5, "", -1000, 1000, "vegetation", Vegetation,   \
       0, "least share of vegetation neighbours")                                                             \
-    X(VegetationLowLimit, VegetationLowLimit, Height, 0.4, "m", -1000, 1000, "vegetation", Vegetation, 0,    \
-      "low/medium vegetation limit above the ground")                                                        \
-    X(VegetationHighLimit, VegetationHighLimit, Height, 2.0, "m", -1000, 1000, "vegetation", Vegetation, 0,  \
-      "medium/high vegetation limit above the ground")                                                       \
+    X(VegetationLowLimit, VegetationLowLimit, Height, 0.4, "m", -1000, 1000, "vegetation",                   \
+      Vegetation | HeightAboveGround, 0, "low/medium vegetation limit above the ground")                     \
+    X(VegetationHighLimit, VegetationHighLimit, Height, 2.0, "m", -1000, 1000, "vegetation",                 \
+      Vegetation | HeightAboveGround, 0, "medium/high vegetation limit above the ground")                    \
     X(VegetationRatio, VegetationRatio, Ratio, 0.5, "", -1000, 1000, "vegetation", Vegetation, 0,            \
-      "weight of the vegetation plane against the ground plane")
+      "weight of the vegetation plane against the ground plane")                                             \
+    X(HeightAboveGroundCellSize, HeightAboveGroundCellSize, Length, 1.0, "m", 0.01, 1000,                    \
+      "height above ground", HeightAboveGround, 0, "cell edge of the ground surface raster")
 
 // The C++ type of each kind: VEXARO_PARAMETER_TYPE_<Kind> is what the engine stores and get_
 // returns, VEXARO_PARAMETER_ARG_<Kind> what set_ takes. T is the precision of Vexaro<T>.
@@ -131,6 +133,7 @@ enum ParameterStep : unsigned {
     BuildingSeeds = 1u << 5,      ///< findBuildingSeed
     BuildingGrowth = 1u << 6,     ///< performIterativeBuildingGrowth
     Vegetation = 1u << 7,         ///< performVegetationClassification
+    HeightAboveGround = 1u << 8,  ///< computeHeightAboveGround, classifyByHeightAboveGround
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

@@ -66,6 +66,7 @@ std::string parameterStepsText(const vexaro::ParameterInfo& p)
         {vexaro::BuildingSeeds, "findBuildingSeed"},
         {vexaro::BuildingGrowth, "performIterativeBuildingGrowth"},
         {vexaro::Vegetation, "performVegetationClassification"},
+        {vexaro::HeightAboveGround, "computeHeightAboveGround, classifyByHeightAboveGround"},
     };
     std::string out;
     for (const auto& s : steps)

@@ -1,44 +1,5 @@
-// The processing methods: store the class arguments, run the driver of the layout in use,
-// print the timing lines, bring the results back to the host copy.
-#include "core/ClassifierCore.h"
-#include "core/StepContext.h"
-#include "steps/common/StepDrivers.h"
-
-using vx::Messenger;
-
-template <class T> template <class Driver> void Vexaro<T>::runStep(const char* modeKind, Driver&& driver)
-{
-    const bool aosOnly = std::string(modeKind) == "aos-only";
-    if (soa) {
-        if (!aosOnly)
-            facadeMessage(0, "SOA");
-    } else {
-        facadeMessage(0, "AOS");
-    }
-    const long long start = vx::systemTicks();
-    driver();
-    const long long end = vx::systemTicks();
-    const long long ms = (end - start) / 10000;
-    vx::printTiming(ms / 1000, ms);
-    core->syncToHost();
-}
-
-namespace {
-/// Runs a step's driver on the backend in use, with a context over the engine.
-template <class T, class H, class C> void runOnBackend(ClassifierCore<T>& core, H hostFn, C cudaFn)
-{
-    vx::StepContext<T> context(core);
-#ifdef VEXARO_HAVE_CUDA
-    if (core.backend() == vx::Backend::Cuda)
-        return cudaFn(context);
-#endif
-    hostFn(context);
-}
-} // namespace
-
-#define VX_STEP(hostFn, cudaFn)                                                                              \
-    runOnBackend(                                                                                            \
-        *core, [](auto& c) { vx::host::hostFn(c); }, [](auto& c) { vx::cuda::cudaFn(c); })
+// The processing methods: store the class arguments and run the step (see api/StepRun.h).
+#include "api/StepRun.h"
 
 template <class T> void Vexaro<T>::calculateNormalVectors(int planarClass, int scatterClass, int linearClass)
 {

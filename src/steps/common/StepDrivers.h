@@ -24,6 +24,8 @@ VX_DECLARE_STEP(runLowPointCorrection)
 VX_DECLARE_STEP(runBuildingSeeds)
 VX_DECLARE_STEP(runBuildingGrowth)
 VX_DECLARE_STEP(runVegetation)
+VX_DECLARE_STEP(runHeightAboveGround)
+VX_DECLARE_STEP(runHeightTiers)
 
 #undef VX_DECLARE_STEP
 
