@@ -47,6 +47,9 @@ struct PipelineOptions {
     std::string normalsBaseName;
     /// Where the classified cloud is written; empty: not written.
     std::string output;
+    /// Write each point's height above the final ground into output as the extra-bytes
+    /// dimension HeightAboveGround (computed just before saving when the run has none).
+    bool writeHeightAboveGround = false;
     /// Replace the library's defaults listed by recommendedParameters() before the first step.
     bool recommendedParameters = true;
 };
