@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "VexaroParameters.h"
 
@@ -135,6 +136,22 @@ public:
     /// Needs a planar grid (regularGridDecomposition2D) whose columns are at least NoiseRange
     /// wide; reads NoiseRange, NoiseMinNeighbours, NoiseHeightGap and NoiseGroupPoints.
     void classifyNoise(int lowNoiseClass, int highNoiseClass);
+    // --- height above ground ---
+    /// Interpolates the surface of the points of groundClass under every point and keeps each point's
+    /// height above it (metres, or the cloud's units). The surface is a raster of
+    /// HeightAboveGroundCellSize cells over the cloud's plan extent: the mean height of each cell's
+    /// ground points, empty cells filled from their neighbours, read bilinearly at each point.
+    /// Without any ground point every height is NaN; a raster over 200 million cells is refused.
+    void computeHeightAboveGround(int groundClass);
+    /// Copies the heights, in file order (as saveClassesToBuffer does for classes); NaN where none.
+    void saveHeightAboveGroundToBuffer(float* buffer, int count);
+    /// Gives every admitted point (allowed-input-classes table) lowClass, mediumClass or highClass by
+    /// its height above ground: below VegetationLowLimit, below VegetationHighLimit, or above.
+    /// Points without a height (NaN) keep their class.
+    void classifyByHeightAboveGround(int lowClass, int mediumClass, int highClass);
+    /// saveLASFile, and with withHeightAboveGround the heights of computeHeightAboveGround as the
+    /// extra-bytes dimension "HeightAboveGround" (float, 4 more bytes a record; NaN where none).
+    void saveLASFile(std::string fileName, bool withHeightAboveGround);
 
     /// Number of points held by the engine.
     int pointCount() const;
@@ -155,6 +172,9 @@ private:
     double normalVectorDecompositionSize = 0.0;
 
     template <class Driver> void runStep(const char* mode, Driver&& driver);
+    void writeLasFile(const std::string& fileName, bool withHeightAboveGround);
+    /// The heights of the loaded cloud in file order, or empty when none were computed for it.
+    std::vector<float> heightsAboveGround();
     bool parametersValidFor(unsigned steps);
     void facadeMessage(int level, const std::string& text, const std::string& value = "");
 };

@@ -90,10 +90,10 @@
       0, "largest share of planar points")                                                                   \
     X(VegetationProcOfPlant, VegetationProcOfPlant, Ratio, 0.5, "", -1000, 1000, "vegetation", Vegetation,   \
       0, "least share of vegetation neighbours")                                                             \
-    X(VegetationLowLimit, VegetationLowLimit, Height, 0.4, "m", -1000, 1000, "vegetation", Vegetation, 0,    \
-      "low/medium vegetation limit above the ground")                                                        \
-    X(VegetationHighLimit, VegetationHighLimit, Height, 2.0, "m", -1000, 1000, "vegetation", Vegetation, 0,  \
-      "medium/high vegetation limit above the ground")                                                       \
+    X(VegetationLowLimit, VegetationLowLimit, Height, 0.4, "m", -1000, 1000, "vegetation",                   \
+      Vegetation | HeightAboveGround, 0, "low/medium vegetation limit above the ground")                     \
+    X(VegetationHighLimit, VegetationHighLimit, Height, 2.0, "m", -1000, 1000, "vegetation",                 \
+      Vegetation | HeightAboveGround, 0, "medium/high vegetation limit above the ground")                    \
     X(VegetationRatio, VegetationRatio, Ratio, 0.5, "", -1000, 1000, "vegetation", Vegetation, 0,            \
       "weight of the vegetation plane against the ground plane")                                             \
     X(TerrainCellSize, TerrainCellSize, Length, 1.0, "m", 0.001, 1000, "terrain", TerrainGround, 0,          \
@@ -117,7 +117,9 @@
     X(NoiseHeightGap, NoiseHeightGap, Height, 10.0, "m", 0.001, 100000, "noise", Noise, 0,                   \
       "empty height band that parts a far-off group from the rest of its columns")                           \
     X(NoiseGroupPoints, NoiseGroupPoints, Count, 5, "", 0, 1000, "noise", Noise, 0,                          \
-      "largest far-off group that is noise; 0: off")
+      "largest far-off group that is noise; 0: off")                                                         \
+    X(HeightAboveGroundCellSize, HeightAboveGroundCellSize, Length, 1.0, "m", 0.01, 1000,                    \
+      "height above ground", HeightAboveGround, 0, "cell edge of the ground surface raster")
 
 // The C++ type of each kind: VEXARO_PARAMETER_TYPE_<Kind> is what the engine stores and get_
 // returns, VEXARO_PARAMETER_ARG_<Kind> what set_ takes. T is the precision of Vexaro<T>.
@@ -155,6 +157,7 @@ enum ParameterStep : unsigned {
     Vegetation = 1u << 7,         ///< performVegetationClassification
     TerrainGround = 1u << 8,      ///< classifyTerrainGround
     Noise = 1u << 9,              ///< classifyNoise
+    HeightAboveGround = 1u << 10, ///< computeHeightAboveGround, classifyByHeightAboveGround
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

@@ -24,6 +24,7 @@ int classifyCommand(const Arguments& arguments)
     ArgList args(arguments, "classify");
     RunOptions run;
     std::string input, output, normals, preview;
+    bool heightAboveGround = false;
     while (!args.done()) {
         const std::string t = args.next();
         if (t == "-h" || t == "--help") {
@@ -36,6 +37,8 @@ int classifyCommand(const Arguments& arguments)
             normals = args.value(t);
         else if (t == "--preview")
             preview = args.value(t);
+        else if (t == "--hag")
+            heightAboveGround = true;
         else if (parseRunOption(args, t, run))
             continue;
         else if (isOption(t))
@@ -66,6 +69,7 @@ int classifyCommand(const Arguments& arguments)
     PipelineOptions pipeline;
     pipeline.output = output;
     pipeline.normalsBaseName = normals;
+    pipeline.writeHeightAboveGround = heightAboveGround;
     const RunResult result = runClassification(run, settings, pipeline, input, libraryOutput, reporter);
     std::error_code ec;
     if (std::filesystem::file_size(output, ec) == 0 || ec)

@@ -42,7 +42,9 @@ const char* kClassify =
     "Options:\n"
     "  -o, --output FILE      the classified LAS file (required)\n"
     "  --normals BASENAME     write the normal vectors to BASENAME.txt\n"
-    "  --preview FILE.png     write a picture: top view by class, legend, cross-section\n";
+    "  --preview FILE.png     write a picture: top view by class, legend, cross-section\n"
+    "  --hag                  add each point's height above the final ground to OUTPUT.las as the\n"
+    "                         extra-bytes dimension HeightAboveGround (float, metres)\n";
 
 const char* kDemo =
     "Usage: vexaro demo [--out DIR] [--points N] [--seed S] [OPTIONS]\n"

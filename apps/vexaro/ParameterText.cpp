@@ -66,6 +66,9 @@ std::string parameterStepsText(const vexaro::ParameterInfo& p)
         {vexaro::BuildingSeeds, "findBuildingSeed"},
         {vexaro::BuildingGrowth, "performIterativeBuildingGrowth"},
         {vexaro::Vegetation, "performVegetationClassification"},
+        {vexaro::TerrainGround, "classifyTerrainGround"},
+        {vexaro::Noise, "classifyNoise"},
+        {vexaro::HeightAboveGround, "computeHeightAboveGround, classifyByHeightAboveGround"},
     };
     std::string out;
     for (const auto& s : steps)

@@ -224,7 +224,11 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
     });
 
     if (!options.output.empty())
-        step.run("save", "", {}, [&] { v.saveLASFile(options.output); });
+        step.run("save", "", {}, [&] {
+            if (options.writeHeightAboveGround) // no earlier step computes them: heights of the final ground
+                v.computeHeightAboveGround(kGround);
+            v.saveLASFile(options.output, options.writeHeightAboveGround);
+        });
 }
 
 template void runPipeline<float>(Vexaro<float>&, const std::string&, const PipelineOptions&,

@@ -49,6 +49,9 @@ struct PipelineOptions {
     std::string output;
     /// Ground from the terrain surface (classifyTerrainGround) instead of seeds and growth.
     bool terrainGround = true;
+    /// Write each point's height above the final ground into output as the extra-bytes
+    /// dimension HeightAboveGround (computed just before saving when the run has none).
+    bool writeHeightAboveGround = false;
     /// Replace the library's defaults listed by recommendedParameters() before the first step.
     bool recommendedParameters = true;
 };

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <limits>
 #include <string>
 
 using vx::toText;
@@ -64,6 +65,16 @@ template <class T> void Vexaro<T>::loadLASFile(std::string fileName)
 
 template <class T> void Vexaro<T>::saveLASFile(std::string fileName)
 {
+    writeLasFile(fileName, false);
+}
+
+template <class T> void Vexaro<T>::saveLASFile(std::string fileName, bool withHeightAboveGround)
+{
+    writeLasFile(fileName, withHeightAboveGround);
+}
+
+template <class T> void Vexaro<T>::writeLasFile(const std::string& fileName, bool withHeightAboveGround)
+{
     vx::Messenger::write("Messages: ", facadeMessageLevel);
     int n = 0;
     const VX_Point<T>* records = core->getHostPoints(n);
@@ -95,7 +106,18 @@ template <class T> void Vexaro<T>::saveLASFile(std::string fileName)
     las->setCreationYear(2015);
     if (kept != static_cast<std::size_t>(n))
         facadeMessage(0, "WARNING! Number of points differs. Possible lose of data");
-    las->write(fileName);
+    if (withHeightAboveGround) {
+        // One value a kept record: the heights of the held points, NaN past them or without any.
+        std::vector<float> values(las->size(), std::numeric_limits<float>::quiet_NaN());
+        const std::vector<float> heights = heightsAboveGround();
+        if (heights.empty())
+            facadeMessage(0,
+                          "ERROR! No heights above ground for this cloud; the dimension is written as NaN");
+        std::copy_n(heights.begin(), std::min(heights.size(), values.size()), values.begin());
+        las->withExtraFloat("HeightAboveGround", "height above the ground surface", values).write(fileName);
+    } else {
+        las->write(fileName);
+    }
     for (std::size_t done = 1000000; done <= kept; done += 1000000)
         vx::Messenger::write("Wrtiting points ...", done);
     vx::Messenger::write("Writing done!", "");
@@ -127,5 +149,9 @@ template void Vexaro<float>::loadLASFile(std::string);
 template void Vexaro<double>::loadLASFile(std::string);
 template void Vexaro<float>::saveLASFile(std::string);
 template void Vexaro<double>::saveLASFile(std::string);
+template void Vexaro<float>::saveLASFile(std::string, bool);
+template void Vexaro<double>::saveLASFile(std::string, bool);
+template void Vexaro<float>::writeLasFile(const std::string&, bool);
+template void Vexaro<double>::writeLasFile(const std::string&, bool);
 template bool Vexaro<float>::saveNormalVectors(std::string);
 template bool Vexaro<double>::saveNormalVectors(std::string);

@@ -45,6 +45,9 @@ public:
     /// True when the grid of the layout in use is ready; otherwise says so (see the engine).
     bool requireGrid() const { return e.requireGrid(); }
 
+    /// Which cloud the store holds (see PointStore::generation).
+    unsigned long long cloudGeneration() const { return e.store.generation; }
+
     /// State the step keeps on this engine between its calls.
     template <class S> S& state() const { return e.stepStates.template get<S>(); }
 

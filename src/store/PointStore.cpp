@@ -56,6 +56,7 @@ template <class T> void PointStore<T>::assign(std::vector<VX_Point<T>>&& points)
 {
     records = std::move(points);
     fields = {};
+    ++generation;
 }
 
 template <class T> void PointStore<T>::fillFields()
@@ -92,6 +93,7 @@ template <class T> void PointStore<T>::upload(Backend b)
     int n = 0;
     const VX_Point<T>* p = hostRecords(n);
     count = n;
+    uploaded = generation;
     deviceRecords.allocate(b, n);
     deviceRecords.upload(p, n);
     if (!fieldsLayout)
@@ -125,6 +127,7 @@ template <class T> void PointStore<T>::clear()
     records = {};
     fields = {};
     count = 0;
+    ++generation;
 }
 
 template class PointStore<float>;

@@ -51,6 +51,11 @@ public:
     DeviceFields deviceFields;
     /// Points on the backend.
     int count = 0;
+    /// Counts the clouds assigned (and clears), so kept per-point results can tell whether they
+    /// belong to the cloud held now.
+    unsigned long long generation = 0;
+    /// The generation the backend arrays were uploaded from.
+    unsigned long long uploaded = 0;
     /// The layout steps run in; set_SoA chooses it.
     bool fieldsLayout = true;
 

@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -137,6 +140,37 @@ TEST(ClassifyPipeline, PreviewAndNormals)
     for (std::string v; first >> v;)
         ++fields;
     EXPECT_EQ(fields, 7);
+}
+
+TEST(ClassifyPipeline, HagAddsTheHeightAboveTheFinalGround)
+{
+    const auto r = run({"classify", sample("warsaw_small.las"), "-o", "hag.las", "-q", "--hag"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto in = vx::las::LasFile::read(sample("warsaw_small.las"));
+    const auto out = vx::las::LasFile::read((clitest::scratch() / "hag.las").string());
+    ASSERT_EQ(out.size(), in.size());
+    ASSERT_EQ(out.header().recordLength, in.header().recordLength + 4);
+    bool foundRecord = false;
+    for (const auto& vlr : out.vlrs())
+        foundRecord = foundRecord || (vlr.userId == "LASF_Spec" && vlr.recordId == 4);
+    EXPECT_TRUE(foundRecord);
+    // Ground points of the result lie on the surface made of them; every height is a number.
+    double groundWorst = 0;
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        float h;
+        std::memcpy(&h,
+                    out.bytes().data() + out.header().offsetToPointData + i * out.header().recordLength +
+                        in.header().recordLength,
+                    4);
+        ASSERT_TRUE(std::isfinite(h)) << "point " << i;
+        if (out.classification(i) == 2)
+            groundWorst = std::max(groundWorst, std::abs(double(h)));
+    }
+    EXPECT_LT(groundWorst, 1.0);
+    // Without --hag the records keep their length.
+    ASSERT_EQ(run({"classify", sample("warsaw_small.las"), "-o", "plain.las", "-q"}).status, 0);
+    EXPECT_EQ(vx::las::LasFile::read((clitest::scratch() / "plain.las").string()).header().recordLength,
+              in.header().recordLength);
 }
 
 TEST(ClassifyPipeline, EveryLayoutAndPrecision)

@@ -26,6 +26,8 @@ VX_DECLARE_STEP(runBuildingGrowth)
 VX_DECLARE_STEP(runVegetation)
 VX_DECLARE_STEP(runTerrainGround)
 VX_DECLARE_STEP(runNoise)
+VX_DECLARE_STEP(runHeightAboveGround)
+VX_DECLARE_STEP(runHeightTiers)
 
 #undef VX_DECLARE_STEP
 

@@ -71,6 +71,14 @@ public:
                 const std::vector<uint8_t>& payload);
     /// Reserves room for this many points in a created file.
     void reserve(std::size_t points);
+    /// A copy of this file with a float dimension (extra-bytes data type 9) named `name` added at
+    /// the end of every point record, record i holding values[i], and described in the Extra Bytes
+    /// VLR (user "LASF_Spec", record 4), which is extended or added; extra bytes the file already
+    /// has without a description get "undocumented" (data type 0) descriptors first. When the file
+    /// already has a float dimension of that name, the copy keeps its layout and only those values
+    /// change. Throws when values does not hold one value a record or the layout cannot grow.
+    LasFile withExtraFloat(const std::string& name, const std::string& description,
+                           const std::vector<float>& values) const;
     /// Writes the bytes as held; throws when the file cannot be written.
     void write(const std::string& path) const;
 

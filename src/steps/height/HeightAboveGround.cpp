@@ -1,0 +1,4 @@
+#include "steps/height/HeightAboveGroundDriver.h"
+
+VX_INSTANTIATE_STEP(runHeightAboveGround)
+VX_INSTANTIATE_STEP(runHeightTiers)
