@@ -137,7 +137,7 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
                  const ProgressFn& progress)
 {
     using namespace cls;
-    const int steps = (options.terrainGround ? 8 : 11) + (options.output.empty() ? 0 : 1);
+    const int steps = (options.terrainGround ? 10 : 11) + (options.output.empty() ? 0 : 1);
     StepRunner<T> step(v, steps, progress);
 
     if (options.recommendedParameters)
@@ -153,6 +153,17 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
         v.regularGridDecomposition2D(1000.0, 1000.0);
         v.resetPointCloudClasses(kUnclassified);
     });
+
+    // Stray returns first, so that they never become ground, roofs or trees. The step looks
+    // through columns as wide as its search.
+    if (options.terrainGround) {
+        step.run("noise", "noise", {kLowPoint, options.highNoiseClass}, [&] {
+            const double range = v.get_NoiseRange();
+            v.regularGridDecomposition2D(range, range);
+            setAllowed(v, admit({kUnclassified}));
+            v.classifyNoise(kLowPoint, options.highNoiseClass);
+        });
+    }
 
     step.run("normal vectors", "planar", {kPlanar}, [&] {
         setAllowed(v, admit({kUnclassified}));
@@ -216,6 +227,17 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
         setAllowed(v, admit({kUnclassified, kPlanar, kScatter, kLinear}));
         v.performVegetationClassification(kLowVegetation, kMediumVegetation, kHighVegetation, kGround, 0);
     });
+
+    // The tiers follow the height above the final ground, interpolated under every point, rather
+    // than the nearest ground point within reach.
+    if (options.terrainGround) {
+        step.run("height above ground", "vegetation", {kLowVegetation, kMediumVegetation, kHighVegetation},
+                 [&] {
+                     v.computeHeightAboveGround(kGround);
+                     setAllowed(v, admit({kLowVegetation, kMediumVegetation, kHighVegetation}));
+                     v.classifyByHeightAboveGround(kLowVegetation, kMediumVegetation, kHighVegetation);
+                 });
+    }
 
     // Shape classes that no step claimed are plain unclassified points in the output.
     step.run("final classes", "unclassified", {kUnclassified}, [&] {

@@ -47,8 +47,12 @@ struct PipelineOptions {
     std::string normalsBaseName;
     /// Where the classified cloud is written; empty: not written.
     std::string output;
-    /// Ground from the terrain surface (classifyTerrainGround) instead of seeds and growth.
+    /// Noise first (classifyNoise), ground from the terrain surface (classifyTerrainGround)
+    /// instead of seeds and growth, and vegetation tiers by the height above ground; false: the
+    /// steps of the library alone.
     bool terrainGround = true;
+    /// Class of the noise above its surroundings: 7 like the low noise, or 18 ("high noise").
+    int highNoiseClass = cls::kLowPoint;
     /// Write each point's height above the final ground into output as the extra-bytes
     /// dimension HeightAboveGround (computed just before saving when the run has none).
     bool writeHeightAboveGround = false;

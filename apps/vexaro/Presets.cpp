@@ -84,6 +84,11 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     height("TerrainGroundDistance", 0.5,
            "0.5 m: the surface between cell centres is that sure on flat ground");
 
+    length("NoiseRange", std::max(2.0, 4.0 * all),
+           "4 x spacing, at least 2 m: a point with fewer than two others that near is isolated");
+    height("NoiseHeightGap", 10.0, "10 m: no tree or building has an empty band that tall within it");
+    length("HeightAboveGroundCellSize", std::max(1.0, 1.5 * last), "1.5 x last-return spacing, at least 1 m");
+
     const double normal = std::max(1.5, 2.5 * all);
     length("NNSearchRange_NormalVectors", normal, "2.5 x spacing, at least 1.5 m: about 20 neighbours");
     length("BuildingRange", std::max(1.5, 2.5 * all), "2.5 x spacing, at least 1.5 m");

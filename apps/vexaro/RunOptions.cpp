@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 
 namespace vx::app {
 
@@ -91,7 +92,8 @@ DataScale measureScale(const std::string& input, const RunOptions& run, Reporter
     if (!reporter.quiet())
         std::cout << formatProfile(profile) << std::endl;
     for (const auto& w : profile.warnings)
-        std::cerr << "vexaro: warning: " << w << std::endl;
+        if (!reporter.quiet())
+            std::cerr << "vexaro: warning: " << w << std::endl;
     DataScale scale;
     scale.spacing = profile.spacing;
     scale.lastSpacing = profile.lastSpacing;
@@ -107,11 +109,10 @@ DataScale measureScale(const std::string& input, const RunOptions& run, Reporter
 
 template <class T>
 RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, PipelineOptions pipeline,
-                const std::string& input, const DataScale& scale, LibraryOutput& libraryOutput,
-                Reporter& reporter)
+                const std::string& input, LibraryOutput& libraryOutput, Reporter& reporter)
 {
     RunResult result;
-    LibraryOutput::Redirect quiet(libraryOutput);
+    auto quiet = std::make_unique<LibraryOutput::Redirect>(libraryOutput);
     Vexaro<T> v;
     // A device failure would end the process with status 0; a person should see it failed.
     v.setDeviceErrorHandler([&libraryOutput](int code) {
@@ -124,6 +125,10 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
     } catch (const std::exception& e) {
         throw std::runtime_error("cannot use the " + run.backend + " backend: " + e.what());
     }
+    // The profile goes to the terminal, between the checks of the run and the library's work.
+    quiet.reset();
+    const DataScale scale = run.preset == "none" ? DataScale{} : measureScale(input, run, reporter);
+    quiet = std::make_unique<LibraryOutput::Redirect>(libraryOutput);
     v.set_SoA(run.soa);
     // The pipeline's recommended values first, so that every --set / --params value wins, also
     // one equal to the library's default.
@@ -162,10 +167,9 @@ RunResult runClassification(const RunOptions& run, const std::vector<Setting>& s
                             PipelineOptions pipeline, const std::string& input, LibraryOutput& libraryOutput,
                             Reporter& reporter)
 {
-    const DataScale scale = run.preset == "none" ? DataScale{} : measureScale(input, run, reporter);
     if (run.doublePrecision)
-        return runAs<double>(run, settings, pipeline, input, scale, libraryOutput, reporter);
-    return runAs<float>(run, settings, pipeline, input, scale, libraryOutput, reporter);
+        return runAs<double>(run, settings, pipeline, input, libraryOutput, reporter);
+    return runAs<float>(run, settings, pipeline, input, libraryOutput, reporter);
 }
 
 } // namespace vx::app

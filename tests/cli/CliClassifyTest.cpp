@@ -23,16 +23,29 @@ namespace {
 
 const char* kSteps[] = {"load",
                         "reset classes",
+                        "noise",
                         "normal vectors",
-                        "low points",
-                        "ground seeds",
-                        "ground growth",
-                        "low-point correction",
+                        "terrain ground",
                         "building seeds",
                         "building growth",
                         "vegetation",
+                        "height above ground",
                         "final classes",
                         "save"};
+
+/// The steps of --preset none: the library's own ground steps.
+const char* kLibrarySteps[] = {"load",
+                               "reset classes",
+                               "normal vectors",
+                               "low points",
+                               "ground seeds",
+                               "ground growth",
+                               "low-point correction",
+                               "building seeds",
+                               "building growth",
+                               "vegetation",
+                               "final classes",
+                               "save"};
 
 std::size_t countLines(const std::string& text)
 {
@@ -50,13 +63,16 @@ TEST(ClassifyPipeline, WritesTheInputWithOnlyTheClassesChanged)
     const auto r = run({"classify", in, "-o", "out.las"});
     ASSERT_EQ(r.status, 0) << r.err;
     // One progress line per step, numbered, with time and point count.
-    for (int k = 0; k < 12; ++k) {
+    for (int k = 0; k < 11; ++k) {
         std::ostringstream prefix;
-        prefix << '[' << (k + 1 < 10 ? " " : "") << k + 1 << "/12] " << kSteps[k];
+        prefix << '[' << (k + 1 < 10 ? " " : "") << k + 1 << "/11] " << kSteps[k];
         const std::string line = lineStartingWith(r.err, prefix.str());
         EXPECT_NE(line, "") << prefix.str() << "\n" << r.err;
         EXPECT_NE(line.find(" s   3,000 points"), std::string::npos) << line;
     }
+    // The profile and the preset come before the work.
+    EXPECT_EQ(lineStartingWith(r.out, "Profile"), "Profile");
+    EXPECT_NE(r.err.find("preset general (auto, terrain slope "), std::string::npos) << r.err;
     EXPECT_EQ(lineStartingWith(r.out, "Classes of out.las"), "Classes of out.las");
     EXPECT_EQ(lineStartingWith(r.out, "         total"), "         total                            3,000");
     EXPECT_EQ(r.out.find("Time: "), std::string::npos) << "library messages must stay off the terminal";
@@ -76,6 +92,25 @@ TEST(ClassifyPipeline, WritesTheInputWithOnlyTheClassesChanged)
     for (int c : classes)
         EXPECT_TRUE(c >= 1 && c <= 7) << c;
     EXPECT_TRUE(classes.count(2)) << "some ground is found";
+}
+
+TEST(ClassifyPipeline, PresetNoneRunsTheLibraryGroundSteps)
+{
+    const auto r = run({"classify", sample("warsaw_small.las"), "-o", "out.las", "--preset", "none"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    for (int k = 0; k < 12; ++k) {
+        std::ostringstream prefix;
+        prefix << '[' << (k + 1 < 10 ? " " : "") << k + 1 << "/12] " << kLibrarySteps[k];
+        EXPECT_NE(lineStartingWith(r.err, prefix.str()), "") << prefix.str() << "\n" << r.err;
+    }
+    EXPECT_EQ(lineStartingWith(r.out, "Profile"), "");
+}
+
+TEST(ClassifyPipeline, UnknownPresetIsAUsageError)
+{
+    const auto r = run({"classify", sample("warsaw_small.las"), "-o", "out.las", "--preset", "moon"});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("unknown preset 'moon'"), std::string::npos) << r.err;
 }
 
 TEST(ClassifyPipeline, QuietPrintsNothing)
@@ -117,8 +152,8 @@ TEST(ClassifyPipeline, LogTakesTheLibraryMessagesAndParametersReachTheLibrary)
 TEST(ClassifyPipeline, UserSettingsWinOverTheRecommendedValuesEvenAtTheLibraryDefault)
 {
     // The vegetation step prints its range first on a line of its own, whatever the level.
-    const auto recommended =
-        run({"classify", sample("warsaw_small.las"), "-o", "out.las", "--log", "rec.log"});
+    const auto recommended = run(
+        {"classify", sample("warsaw_small.las"), "-o", "out.las", "--log", "rec.log", "--preset", "none"});
     ASSERT_EQ(recommended.status, 0) << recommended.err;
     EXPECT_NE(readText(clitest::scratch() / "rec.log").find("\n1 0.3 0.9 0.5 0.5\n"), std::string::npos);
     const auto user = run({"classify", sample("warsaw_small.las"), "-o", "out.las", "--log", "user.log",
