@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "FileChecks.h"
 #include "Format.h"
+#include "Presets.h"
 #include "Preview.h"
 #include "RunOptions.h"
 
@@ -28,7 +29,7 @@ int classifyCommand(const Arguments& arguments)
     while (!args.done()) {
         const std::string t = args.next();
         if (t == "-h" || t == "--help") {
-            std::cout << helpText("classify");
+            std::cout << helpText("classify") << '\n' << derivationRules();
             return 0;
         }
         if (t == "-o" || t == "--output")

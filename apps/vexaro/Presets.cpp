@@ -75,8 +75,7 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
         out.push_back({name, metres / v, rule});
     };
 
-    length("TerrainCellSize", std::max(1.0, 1.5 * last),
-           "1.5 x last-return spacing, at least 1 m: most cells hold a last return");
+    length("TerrainCellSize", std::max(1.0, 1.5 * last), "max(1 m, 1.5 l): most cells hold a last return");
     length("TerrainWindow", preset.terrainWindow, "preset");
     out.push_back({"TerrainSlope", preset.terrainSlope * v / h, "preset (rise per run)"});
     out.push_back({"TerrainClimb", preset.terrainClimb * v / h, "preset (rise per run; 0: off)"});
@@ -104,8 +103,15 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
 std::string derivationRules()
 {
     std::ostringstream s;
-    const auto rules = deriveParameters(presets().front(), DataScale{});
-    for (const auto& r : rules)
+    s << "Presets (--preset; auto takes mountain where the median terrain slope exceeds " << kSteepTerrain
+      << ", general elsewhere):\n";
+    for (const auto& p : presets())
+        s << "  " << p.name << ": " << p.description << "; TerrainWindow " << p.terrainWindow
+          << " m, TerrainSlope " << p.terrainSlope << ", TerrainClimb " << p.terrainClimb << "\n      "
+          << p.reason << '\n';
+    s << "\nParameters derived from the data (spacing of all returns s, of last returns l, in metres;\n"
+         "converted to the file's unit; --set and --params win):\n";
+    for (const auto& r : deriveParameters(presets().front(), DataScale{}))
         s << "  " << r.name << ": " << r.rule << '\n';
     return s.str();
 }
