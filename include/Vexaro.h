@@ -149,6 +149,20 @@ public:
     /// its height above ground: below VegetationLowLimit, below VegetationHighLimit, or above.
     /// Points without a height (NaN) keep their class.
     void classifyByHeightAboveGround(int lowClass, int mediumClass, int highClass);
+    /// Gives buildingClass to the admitted points (allowed-input-classes table) that lie on roofs
+    /// by their echoes: a roof stops the pulse and returns one echo, a canopy mostly several. A
+    /// point at least EchoMinHeight above the ground is a roof point when the points within
+    /// EchoRange in plan that are that high (admitted or of buildingClass, itself included) number
+    /// at least EchoMinPoints, come from single-return pulses for at least EchoSingleShare of
+    /// them, and lie within EchoRoughness (RMS) of their best-fitting plane. Needs the heights of
+    /// computeHeightAboveGround, the return counts of the loaded LAS file (or of
+    /// loadReturnCountsFromBuffer) and a planar grid whose columns are at least EchoRange wide;
+    /// does nothing, with a message, when under 1 % of the points come from pulses with several
+    /// returns.
+    void classifyRoofsByEchoes(int buildingClass);
+    /// Gives the loaded cloud the number of returns of each point's pulse, in the order of the
+    /// points (loadLASFile takes them from the file).
+    void loadReturnCountsFromBuffer(const int* numberOfReturns, int count);
     /// saveLASFile, and with withHeightAboveGround the heights of computeHeightAboveGround as the
     /// extra-bytes dimension "HeightAboveGround" (float, 4 more bytes a record; NaN where none).
     void saveLASFile(std::string fileName, bool withHeightAboveGround);

@@ -119,7 +119,17 @@
     X(NoiseGroupPoints, NoiseGroupPoints, Count, 5, "", 0, 1000, "noise", Noise, 0,                          \
       "largest far-off group that is noise; 0: off")                                                         \
     X(HeightAboveGroundCellSize, HeightAboveGroundCellSize, Length, 1.0, "m", 0.01, 1000,                    \
-      "height above ground", HeightAboveGround, 0, "cell edge of the ground surface raster")
+      "height above ground", HeightAboveGround, 0, "cell edge of the ground surface raster")                 \
+    X(EchoRange, EchoRange, Length, 1.5, "m", 0.001, 1000, "roofs by echoes", RoofEchoes, 1,                 \
+      "plan radius of the neighbourhood that the echo test of a roof point reads")                           \
+    X(EchoMinHeight, EchoMinHeight, Height, 2.0, "m", 0, 1000, "roofs by echoes", RoofEchoes, 0,             \
+      "least height above ground of a roof point and of the neighbours it counts")                           \
+    X(EchoMinPoints, EchoMinPoints, Count, 4, "", 3, 100000, "roofs by echoes", RoofEchoes, 0,               \
+      "fewest raised points in the neighbourhood, the point itself included")                                \
+    X(EchoSingleShare, EchoSingleShare, Ratio, 0.75, "", 0, 1, "roofs by echoes", RoofEchoes, 0,             \
+      "least share of single-return pulses among the raised neighbours of a roof point")                     \
+    X(EchoRoughness, EchoRoughness, Height, 0.5, "m", 0, 1000, "roofs by echoes", RoofEchoes, 0,             \
+      "largest RMS distance of the raised neighbours from their best-fitting plane")
 
 // The C++ type of each kind: VEXARO_PARAMETER_TYPE_<Kind> is what the engine stores and get_
 // returns, VEXARO_PARAMETER_ARG_<Kind> what set_ takes. T is the precision of Vexaro<T>.
@@ -158,6 +168,7 @@ enum ParameterStep : unsigned {
     TerrainGround = 1u << 8,      ///< classifyTerrainGround
     Noise = 1u << 9,              ///< classifyNoise
     HeightAboveGround = 1u << 10, ///< computeHeightAboveGround, classifyByHeightAboveGround
+    RoofEchoes = 1u << 11,        ///< classifyRoofsByEchoes
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

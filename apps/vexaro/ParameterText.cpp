@@ -69,6 +69,7 @@ std::string parameterStepsText(const vexaro::ParameterInfo& p)
         {vexaro::TerrainGround, "classifyTerrainGround"},
         {vexaro::Noise, "classifyNoise"},
         {vexaro::HeightAboveGround, "computeHeightAboveGround, classifyByHeightAboveGround"},
+        {vexaro::RoofEchoes, "classifyRoofsByEchoes"},
     };
     std::string out;
     for (const auto& s : steps)

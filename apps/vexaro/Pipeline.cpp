@@ -137,7 +137,7 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
                  const ProgressFn& progress)
 {
     using namespace cls;
-    const int steps = (options.terrainGround ? 10 : 11) + (options.output.empty() ? 0 : 1);
+    const int steps = 11 + (options.output.empty() ? 0 : 1);
     StepRunner<T> step(v, steps, progress);
 
     if (options.recommendedParameters)
@@ -228,12 +228,24 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
         v.performVegetationClassification(kLowVegetation, kMediumVegetation, kHighVegetation, kGround, 0);
     });
 
+    // Raised points on surfaces that return one echo a pulse are roofs, whatever the steps before
+    // made of them: sparse data gives the building steps too few points a roof, and canopy
+    // returns several echoes. The heights are those of the final ground: no step after the
+    // ground steps admits ground points.
+    if (options.terrainGround) {
+        step.run("roofs by echoes", "building", {kBuilding}, [&] {
+            v.computeHeightAboveGround(kGround);
+            setAllowed(v, admit({kUnclassified, kPlanar, kScatter, kLinear, kLowVegetation, kMediumVegetation,
+                                 kHighVegetation}));
+            v.classifyRoofsByEchoes(kBuilding);
+        });
+    }
+
     // The tiers follow the height above the final ground, interpolated under every point, rather
     // than the nearest ground point within reach.
     if (options.terrainGround) {
         step.run("height above ground", "vegetation", {kLowVegetation, kMediumVegetation, kHighVegetation},
                  [&] {
-                     v.computeHeightAboveGround(kGround);
                      setAllowed(v, admit({kLowVegetation, kMediumVegetation, kHighVegetation}));
                      v.classifyByHeightAboveGround(kLowVegetation, kMediumVegetation, kHighVegetation);
                  });

@@ -95,6 +95,10 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     length("BuildingGroundRange", std::max(2.0, 3.0 * last), "3 x last-return spacing, at least 2 m");
     length("Building3GroundRange", std::max(1.0, 1.5 * last), "1.5 x last-return spacing, at least 1 m");
     length("VegetationRange", std::max(1.0, 2.0 * last), "2 x last-return spacing, at least 1 m");
+    length("EchoRange", std::max(1.5, 1.6 * all),
+           "1.6 x spacing, at least 1.5 m: a handful of roof points, rarely across a ridge");
+    height("EchoMinHeight", 2.0, "2 m above ground: the lowest sheds");
+    height("EchoRoughness", 0.5, "0.5 m: roof planes and their edges pass, crowns do not");
     height("VegetationLowLimit", 0.4, "0.4 m above ground");
     height("VegetationHighLimit", 2.0, "2 m above ground");
     return out;

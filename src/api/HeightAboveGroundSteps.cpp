@@ -1,7 +1,7 @@
 // The height above ground: computing it, copying it out and tiering the points by it. The heights
-// are kept by the step (steps/height/HeightAboveGroundState.h), not in the point records.
+// are kept by the step (steps/common/HeightAboveGroundState.h), not in the point records.
 #include "api/StepRun.h"
-#include "steps/height/HeightAboveGroundState.h"
+#include "steps/common/HeightAboveGroundState.h"
 
 #include <limits>
 

@@ -45,6 +45,9 @@ public:
     /// True when the grid of the layout in use is ready; otherwise says so (see the engine).
     bool requireGrid() const { return e.requireGrid(); }
 
+    /// Number of returns of each point's pulse on the host, in file order; empty when unknown.
+    const std::vector<uint8_t>& returnCounts() const { return e.store.returnCounts; }
+
     /// Which cloud the store holds (see PointStore::generation).
     unsigned long long cloudGeneration() const { return e.store.generation; }
 

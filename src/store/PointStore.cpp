@@ -56,6 +56,7 @@ template <class T> void PointStore<T>::assign(std::vector<VX_Point<T>>&& points)
 {
     records = std::move(points);
     fields = {};
+    returnCounts.clear();
     ++generation;
 }
 
@@ -126,6 +127,7 @@ template <class T> void PointStore<T>::clear()
     resetDevice();
     records = {};
     fields = {};
+    returnCounts = {};
     count = 0;
     ++generation;
 }

@@ -10,6 +10,7 @@
 #include <Vexaro.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace vx {
@@ -49,6 +50,9 @@ public:
     HostFields fields;
     Buffer<VX_Point<T>> deviceRecords;
     DeviceFields deviceFields;
+    /// Number of returns of each point's pulse, in file order; empty when the cloud came without
+    /// them. A host-only input: no step writes it.
+    std::vector<uint8_t> returnCounts;
     /// Points on the backend.
     int count = 0;
     /// Counts the clouds assigned (and clears), so kept per-point results can tell whether they

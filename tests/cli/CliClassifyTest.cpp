@@ -29,6 +29,7 @@ const char* kSteps[] = {"load",
                         "building seeds",
                         "building growth",
                         "vegetation",
+                        "roofs by echoes",
                         "height above ground",
                         "final classes",
                         "save"};
@@ -63,9 +64,9 @@ TEST(ClassifyPipeline, WritesTheInputWithOnlyTheClassesChanged)
     const auto r = run({"classify", in, "-o", "out.las"});
     ASSERT_EQ(r.status, 0) << r.err;
     // One progress line per step, numbered, with time and point count.
-    for (int k = 0; k < 11; ++k) {
+    for (int k = 0; k < 12; ++k) {
         std::ostringstream prefix;
-        prefix << '[' << (k + 1 < 10 ? " " : "") << k + 1 << "/11] " << kSteps[k];
+        prefix << '[' << (k + 1 < 10 ? " " : "") << k + 1 << "/12] " << kSteps[k];
         const std::string line = lineStartingWith(r.err, prefix.str());
         EXPECT_NE(line, "") << prefix.str() << "\n" << r.err;
         EXPECT_NE(line.find(" s   3,000 points"), std::string::npos) << line;

@@ -1,5 +1,5 @@
 // The closed-form eigen solver and the null vectors behind the normals.
-#include "steps/features/Eigen3.h"
+#include "steps/common/Eigen3.h"
 
 #include <gtest/gtest.h>
 

@@ -28,6 +28,7 @@ VX_DECLARE_STEP(runTerrainGround)
 VX_DECLARE_STEP(runNoise)
 VX_DECLARE_STEP(runHeightAboveGround)
 VX_DECLARE_STEP(runHeightTiers)
+VX_DECLARE_STEP(runRoofEchoes)
 
 #undef VX_DECLARE_STEP
 

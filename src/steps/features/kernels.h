@@ -7,7 +7,7 @@
 #include "grid/Layouts.h"
 #include "grid/Neighbourhood.h"
 #include "grid/PointKernel.h"
-#include "steps/features/Eigen3.h"
+#include "steps/common/Eigen3.h"
 #include "steps/features/Means.h"
 
 namespace vx {

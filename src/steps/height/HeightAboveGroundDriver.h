@@ -14,8 +14,8 @@
 #include "core/StepContext.h"
 #include "exec/Algorithms.h"
 #include "exec/Launch.h"
+#include "steps/common/HeightAboveGroundState.h"
 #include "steps/common/StepDrivers.h"
-#include "steps/height/HeightAboveGroundState.h"
 #include "steps/height/kernels.h"
 
 #include <thrust/iterator/counting_iterator.h>

@@ -5,6 +5,7 @@
 #include "exec/Algorithms.h"
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
+#include "steps/common/PlanarGrid.h"
 #include "steps/common/StepDrivers.h"
 #include "steps/noise/kernels.h"
 
@@ -12,27 +13,6 @@
 #include <cstdint>
 
 namespace vx::VX_BACKEND_NS {
-
-/// True when the grid is the planar one the step needs, with columns wide enough that a
-/// point's own and adjacent columns hold every point within NoiseRange; otherwise says why.
-template <class T> bool noiseGridFits(const StepContext<T>& c)
-{
-    const VX_DecompositionGridParameters<T>& g = c.gridParameters();
-    if (g.cellsZ != 1) {
-        c.msg(0,
-              "ERROR! Noise search needs a planar grid (regularGridDecomposition2D); step not run. "
-              "Layers:",
-              g.cellsZ);
-        return false;
-    }
-    const double range = static_cast<double>(c.par().NoiseRange);
-    if (static_cast<double>(g.sizeX) < range || static_cast<double>(g.sizeY) < range) {
-        c.msg(0, "ERROR! Grid columns narrower than NoiseRange; step not run. Columns:",
-              toText(g.sizeX) + " x " + toText(g.sizeY));
-        return false;
-    }
-    return true;
-}
 
 template <class T> void runNoise(StepContext<T>& c)
 {
@@ -46,7 +26,8 @@ template <class T> void runNoise(StepContext<T>& c)
         c.msg(0, "ERROR! No grid decomposition for the current layout; run a decomposition first");
         return;
     }
-    if (!c.requireGrid() || !noiseGridFits(c))
+    if (!c.requireGrid() ||
+        !planarGridCovers(c, static_cast<double>(c.par().NoiseRange), "Noise search", "NoiseRange"))
         return;
     const NoiseParams<T> par{c.par().NoiseRange, c.par().NoiseMinNeighbours, c.par().NoiseHeightGap,
                              c.par().NoiseGroupPoints};

@@ -1,0 +1,3 @@
+#include "steps/roofs/RoofEchoesDriver.h"
+
+VX_INSTANTIATE_STEP(runRoofEchoes)
