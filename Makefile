@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc)
 CUDA ?= AUTO
 CMAKE_FLAGS ?=
 
-.PHONY: all configure build demo test test-sanitize bench accuracy clean
+.PHONY: all configure build demo test test-sanitize bench bench-peer accuracy clean
 
 all: build
 
@@ -31,6 +31,13 @@ test-sanitize:
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do echo "== $$b"; $$b; done
+
+# The whole pipeline against the cloth simulation filter on the same generated files, 1 M to 10 M
+# points (bench/peer_ratio.sh; BENCH_POINTS="N ..." for other sizes). Installs the peer into a
+# virtual environment of the build folder on first use.
+BENCH_POINTS ?= 1000000 4000000 10000000
+bench-peer: build
+	bench/peer_ratio.sh $(BUILD) $(BENCH_POINTS)
 
 # Classifies the shared sample files and synthetic scenes and prints the accuracy table
 # (tools/accuracy.sh; VEXARO_ACCURACY_POINTS=N for larger scenes).

@@ -139,8 +139,9 @@ public:
     // --- height above ground ---
     /// Interpolates the surface of the points of groundClass under every point and keeps each point's
     /// height above it (metres, or the cloud's units). The surface is a raster of
-    /// HeightAboveGroundCellSize cells over the cloud's plan extent: the mean height of each cell's
-    /// ground points, empty cells filled from their neighbours, read bilinearly at each point.
+    /// HeightAboveGroundCellSize cells over the plan extent of the ground points: the mean height
+    /// of each cell's ground points, empty cells filled from their neighbours, read bilinearly at
+    /// each point; points beyond the extent read the surface at its edge.
     /// Without any ground point every height is NaN; a raster over 200 million cells is refused.
     void computeHeightAboveGround(int groundClass);
     /// Copies the heights, in file order (as saveClassesToBuffer does for classes); NaN where none.

@@ -132,20 +132,12 @@ template <class T> void applyRecommendedParameters(Vexaro<T>& v)
               [&](T x) { v.set_VegetationRange(x); });
 }
 
-template <class T>
-void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
-                 const ProgressFn& progress)
+namespace {
+
+/// The steps between loading and saving, on the cloud v holds.
+template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& options, StepRunner<T>& step)
 {
     using namespace cls;
-    const int steps = 11 + (options.output.empty() ? 0 : 1);
-    StepRunner<T> step(v, steps, progress);
-
-    if (options.recommendedParameters)
-        applyRecommendedParameters(v);
-    step.run("load", "", {}, [&] { v.loadLASFile(input); });
-    if (v.pointCount() < 2)
-        throw std::runtime_error("'" + input + "' holds fewer than two points; nothing to classify");
-
     // Start from nothing: whatever classes the file carried are replaced. The reset visits the
     // points through a grid, any grid; one of few large columns is the cheapest.
     step.run("reset classes", "unclassified", {kUnclassified}, [&] {
@@ -256,6 +248,24 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
         setAllowed(v, admit({kPlanar, kScatter, kLinear, kGrowthMark, kCandidateMark}));
         v.resetPointCloudClasses(kUnclassified);
     });
+}
+
+} // namespace
+
+template <class T>
+void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
+                 const ProgressFn& progress)
+{
+    using namespace cls;
+    const int steps = 11 + (options.output.empty() ? 0 : 1);
+    StepRunner<T> step(v, steps, progress);
+
+    if (options.recommendedParameters)
+        applyRecommendedParameters(v);
+    step.run("load", "", {}, [&] { v.loadLASFile(input); });
+    if (v.pointCount() < 2)
+        throw std::runtime_error("'" + input + "' holds fewer than two points; nothing to classify");
+    classifySteps(v, options, step);
 
     if (!options.output.empty())
         step.run("save", "", {}, [&] {
@@ -265,10 +275,30 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
         });
 }
 
+template <class T>
+void runPipelineOnPoints(Vexaro<T>& v, std::vector<VX_Point<T>>& points, const std::vector<int>& returnCounts,
+                         const PipelineOptions& options, const ProgressFn& progress)
+{
+    StepRunner<T> step(v, 11, progress);
+    if (options.recommendedParameters)
+        applyRecommendedParameters(v);
+    step.run("load", "", {}, [&] {
+        v.loadDirectData(points.data(), static_cast<int>(points.size()));
+        v.loadReturnCountsFromBuffer(returnCounts.data(), static_cast<int>(returnCounts.size()));
+    });
+    if (v.pointCount() < 2)
+        throw std::runtime_error("a part of fewer than two points; nothing to classify");
+    classifySteps(v, options, step);
+}
+
 template void runPipeline<float>(Vexaro<float>&, const std::string&, const PipelineOptions&,
                                  const ProgressFn&);
 template void runPipeline<double>(Vexaro<double>&, const std::string&, const PipelineOptions&,
                                   const ProgressFn&);
+template void runPipelineOnPoints<float>(Vexaro<float>&, std::vector<VX_Point<float>>&,
+                                         const std::vector<int>&, const PipelineOptions&, const ProgressFn&);
+template void runPipelineOnPoints<double>(Vexaro<double>&, std::vector<VX_Point<double>>&,
+                                          const std::vector<int>&, const PipelineOptions&, const ProgressFn&);
 template void applyRecommendedParameters<float>(Vexaro<float>&);
 template void applyRecommendedParameters<double>(Vexaro<double>&);
 template std::vector<int> currentClasses<float>(Vexaro<float>&);

@@ -56,6 +56,9 @@ struct PipelineOptions {
     /// Write each point's height above the final ground into output as the extra-bytes
     /// dimension HeightAboveGround (computed just before saving when the run has none).
     bool writeHeightAboveGround = false;
+    /// Plan and height gaps (file units) that part a cloud into pieces classified on their own
+    /// (see CloudParts.h); 0: the cloud is classified whole.
+    double partPlanGap = 0, partHeightGap = 0;
     /// Replace the library's defaults listed by recommendedParameters() before the first step.
     bool recommendedParameters = true;
 };
@@ -93,6 +96,12 @@ using ProgressFn = std::function<void(const StepReport&)>;
 template <class T>
 void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
                  const ProgressFn& progress);
+
+/// runPipeline on points given rather than a file (a part of one; see CloudParts.h), with the
+/// number of returns of each point's pulse; writes nothing, whatever options.output says.
+template <class T>
+void runPipelineOnPoints(Vexaro<T>& v, std::vector<VX_Point<T>>& points, const std::vector<int>& returnCounts,
+                         const PipelineOptions& options, const ProgressFn& progress);
 
 /// The column edge used for the later steps (options.gridCellSize or v's rangeGridCellSize()).
 template <class T> double gridCellSizeFor(const PipelineOptions& options, const Vexaro<T>& v);

@@ -1,5 +1,7 @@
 #include "RunOptions.h"
 
+#include "CloudParts.h"
+
 #include "ParamsFile.h"
 
 #include "DataProfile.h"
@@ -83,6 +85,11 @@ const char* runOptionsHelp()
 
 namespace {
 
+/// Empty gaps that part a cloud (see CloudParts.h): wider than the widest window of the terrain
+/// step and the widest search of any other, and taller than any building.
+constexpr double kPartPlanGapMetres = 100.0;
+constexpr double kPartHeightGapMetres = 1000.0;
+
 /// Profiles the input, prints the profile (unless quiet) and its warnings, and returns what
 /// the parameter rules read.
 DataScale measureScale(const std::string& input, const RunOptions& run, Reporter& reporter)
@@ -154,9 +161,15 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
                   (run.doublePrecision ? "double" : "float"));
 
     const auto start = std::chrono::steady_clock::now();
-    runPipeline(v, input, pipeline, [&reporter](const StepReport& r) { reporter.step(r); });
+    if (run.preset != "none") {
+        // Gaps wider than any step looks apart the cloud: 100 m in plan, 1 km in height.
+        pipeline.partPlanGap = kPartPlanGapMetres / scale.metresPerUnit;
+        pipeline.partHeightGap = kPartHeightGapMetres / scale.metresPerVerticalUnit;
+    }
+    result.classes = classifyFile(
+        v, input, pipeline, [&reporter](const StepReport& r) { reporter.step(r); },
+        [&reporter](const std::string& text) { reporter.note(text); });
     result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    result.classes = currentClasses(v);
     v.clearAllMemory();
     return result;
 }

@@ -21,7 +21,8 @@ template <class T> void Vexaro<T>::classifyRoofsByEchoes(int buildingClass)
 template <class T> void Vexaro<T>::loadReturnCountsFromBuffer(const int* numberOfReturns, int count)
 {
     const auto n = core->store.records.size();
-    if (!core->dataLoaded || count < 0 || static_cast<std::size_t>(count) != n || (count > 0 && !numberOfReturns)) {
+    if (!core->dataLoaded || count < 0 || static_cast<std::size_t>(count) != n ||
+        (count > 0 && !numberOfReturns)) {
         facadeMessage(0, "ERROR! Return counts must come one a point of the loaded cloud; none kept. Given:",
                       vx::toText(count));
         return;

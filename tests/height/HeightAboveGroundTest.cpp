@@ -196,7 +196,7 @@ TEST(HeightAboveGroundLimits, AnAbsurdRasterIsRefusedWithItsExtentAndCellSize)
 {
     Vexaro<double> v;
     configure(v, {"cpu", true});
-    std::vector<VX_Point<double>> pts = {point<double>(0, 0, 0, 2), point<double>(200000, 150000, 3, 1)};
+    std::vector<VX_Point<double>> pts = {point<double>(0, 0, 0, 2), point<double>(200000, 150000, 0, 2)};
     v.loadDirectData(pts.data(), 2);
     v.set_HeightAboveGroundCellSize(0.01);
     CaptureStdout out;
@@ -214,7 +214,30 @@ TEST(HeightAboveGroundLimits, AnAbsurdRasterIsRefusedWithItsExtentAndCellSize)
     v.computeHeightAboveGround(2);
     v.saveHeightAboveGroundToBuffer(h.data(), 2);
     EXPECT_NEAR(h[0], 0.0, 1e-6);
-    EXPECT_NEAR(h[1], 3.0, 1e-6);
+    EXPECT_NEAR(h[1], 0.0, 1e-6);
+}
+
+TEST(HeightAboveGroundLimits, AStrayPointFarFromTheGroundReadsTheSurfaceAtItsEdge)
+{
+    // Ground over 10 m x 10 m rising 0.1 m a metre in x, and one other point 1,000 km away: the
+    // raster spans the ground only, and the stray point reads the height at the raster's edge
+    // (x = 10 m: 1 m) rather than a slope extrapolated over 1,000 km.
+    Vexaro<double> v;
+    configure(v, {"cpu", true});
+    std::vector<VX_Point<double>> pts;
+    for (int i = 0; i <= 10; ++i)
+        for (int j = 0; j <= 10; ++j)
+            pts.push_back(point<double>(i, j, 0.1 * i, 2));
+    pts.push_back(point<double>(1.0e6, 5, 7, 1));
+    v.loadDirectData(pts.data(), static_cast<int>(pts.size()));
+    CaptureStdout out;
+    v.computeHeightAboveGround(2);
+    std::vector<float> h(pts.size(), 0.f);
+    v.saveHeightAboveGroundToBuffer(h.data(), static_cast<int>(h.size()));
+    EXPECT_EQ(out.text().find("ERROR"), std::string::npos) << out.text();
+    EXPECT_NEAR(h.back(), 6.0, 0.05);
+    for (std::size_t i = 0; i + 1 < h.size(); ++i)
+        ASSERT_NEAR(h[i], 0.0, 0.02) << i;
 }
 
 TEST(HeightAboveGroundLimits, CellSizeOutsideItsRangeRefusesBothSteps)

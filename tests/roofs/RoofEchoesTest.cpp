@@ -51,8 +51,8 @@ template <class T> EchoScene<T> echoScene(int roofReturns = 1)
             s.add(x, y, 5.0 + 0.02 * u(rng), kInput, 3, Part::Canopy);
     for (double x = 3.5; x < 13; x += 1)
         for (double y = 23.5; y < 33; y += 1)
-            s.add(x, y, ((static_cast<int>(x) + static_cast<int>(y)) % 2 ? 8.0 : 3.0) + 0.1 * u(rng), kInput, 1,
-                  Part::Heap);
+            s.add(x, y, ((static_cast<int>(x) + static_cast<int>(y)) % 2 ? 8.0 : 3.0) + 0.1 * u(rng), kInput,
+                  1, Part::Heap);
     for (double x = 23.5; x < 33; x += 1)
         for (double y = 23.5; y < 33; y += 1)
             s.add(x, y, 1.0 + 0.02 * u(rng), kInput, 1, Part::LowPatch);
@@ -86,7 +86,8 @@ std::vector<std::string> runStep(Vexaro<T>& v, const Setting& s, EchoScene<T>& s
 
 bool printed(const std::vector<std::string>& lines, const std::string& start)
 {
-    return std::any_of(lines.begin(), lines.end(), [&](const std::string& l) { return l.rfind(start, 0) == 0; });
+    return std::any_of(lines.begin(), lines.end(),
+                       [&](const std::string& l) { return l.rfind(start, 0) == 0; });
 }
 
 template <class T> void roofsAndOnlyRoofs(const Setting& s)
@@ -204,4 +205,5 @@ TEST_P(RoofEchoes, VerdictsDoNotDependOnTheThreads)
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Layouts, RoofEchoes, ::testing::ValuesIn(vxtest::allSettings()), vxtest::settingName);
+INSTANTIATE_TEST_SUITE_P(Layouts, RoofEchoes, ::testing::ValuesIn(vxtest::allSettings()),
+                         vxtest::settingName);

@@ -11,11 +11,13 @@ namespace vx {
 /// adjacent columns hold every point within that plan radius; otherwise says why. `search` names
 /// the step in the message ("Noise search"), `rangeName` its range parameter.
 template <class T>
-bool planarGridCovers(const StepContext<T>& c, double range, const std::string& search, const std::string& rangeName)
+bool planarGridCovers(const StepContext<T>& c, double range, const std::string& search,
+                      const std::string& rangeName)
 {
     const VX_DecompositionGridParameters<T>& g = c.gridParameters();
     if (g.cellsZ != 1) {
-        c.msg(0, "ERROR! " + search + " needs a planar grid (regularGridDecomposition2D); step not run. Layers:",
+        c.msg(0,
+              "ERROR! " + search + " needs a planar grid (regularGridDecomposition2D); step not run. Layers:",
               g.cellsZ);
         return false;
     }

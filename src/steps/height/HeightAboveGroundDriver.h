@@ -1,6 +1,7 @@
 // Drivers of the height above ground and of the tiering by it; compiled once per backend.
 //
-// The ground surface is a raster over the plan extent of the whole cloud. A cell's value is the
+// The ground surface is a raster over the plan extent of the ground points; points beyond it read
+// the surface at its edge. A cell's value is the
 // mean height of its ground points: the ground steps have already removed low outliers, and on
 // sloping ground the mean is the surface at the points' mean position (close to the cell's
 // centre), where the minimum would sit below the surface by up to half the cell's rise; a plane
@@ -53,7 +54,7 @@ template <class T, class L> PlanBounds<T> planBounds(StepContext<T>& c, L layout
     const PlanBounds<T> none{big, big, -big, -big, 0};
     return thrust::transform_reduce(
         policy(), thrust::counting_iterator<int>(0), thrust::counting_iterator<int>(c.pointCount()),
-        PointPlanBounds<T, PointsOf<T, L>>{c.points(layout), groundClass}, none, MergePlanBounds<T>{});
+        PointPlanBounds<T, PointsOf<T, L>>{c.points(layout), groundClass, big}, none, MergePlanBounds<T>{});
 }
 
 /// Fills every cell of value (cells with ground marked in known) as the header describes.

@@ -26,7 +26,9 @@ template <class T> struct HagRaster {
     }
     /// Lower of the two cell centres around t (a coordinate in cells from the first centre) and
     /// the weight of the upper one; outside the outermost centres the nearest pair extrapolates
-    /// linearly, so a plane is read back exactly up to the raster's edge.
+    /// linearly, so a plane is read back exactly up to the raster's edge. Beyond the edge the
+    /// surface keeps the edge's value: the raster spans the ground, and a point far outside it
+    /// (a stray return) must not read a slope extrapolated over kilometres.
     VX_HD static void bracket(T t, int cells, int& lower, T& weight)
     {
         if (cells < 2) {
@@ -34,6 +36,8 @@ template <class T> struct HagRaster {
             weight = T(0);
             return;
         }
+        const T edge = T(cells) - T(0.5);
+        t = t < T(-0.5) ? T(-0.5) : (t > edge ? edge : t);
         lower = clampTo(static_cast<int>(::floor(t)), 0, cells - 2);
         weight = t - T(lower);
     }
@@ -51,19 +55,23 @@ template <class T> struct HagRaster {
     }
 };
 
-/// Plan extent of a set of points and how many of them are ground.
+/// Plan extent of the ground points and how many they are.
 template <class T> struct PlanBounds {
     T minX, minY, maxX, maxY;
     long long ground;
 };
 
+/// The plan extent of a ground point; an empty extent (from +big to -big) for any other point.
 template <class T, class Points> struct PointPlanBounds {
     Points pts;
     int groundClass;
+    T big;
     VX_HD PlanBounds<T> operator()(int i) const
     {
+        if (pts.cls(i) != groundClass)
+            return {big, big, -big, -big, 0};
         const T x = static_cast<T>(pts.x(i)), y = static_cast<T>(pts.y(i));
-        return {x, y, x, y, pts.cls(i) == groundClass ? 1LL : 0LL};
+        return {x, y, x, y, 1};
     }
 };
 

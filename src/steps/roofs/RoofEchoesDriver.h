@@ -7,9 +7,9 @@
 #include "exec/Algorithms.h"
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
+#include "steps/common/HeightAboveGroundState.h"
 #include "steps/common/PlanarGrid.h"
 #include "steps/common/StepDrivers.h"
-#include "steps/common/HeightAboveGroundState.h"
 #include "steps/roofs/kernels.h"
 
 #include <cstddef>
@@ -49,13 +49,14 @@ template <class T> void runRoofEchoes(StepContext<T>& c)
     for (uint8_t r : returns)
         multiple += r > 1 ? 1 : 0;
     if (static_cast<double>(multiple) < kLeastMultipleReturnShare * static_cast<double>(n)) {
-        c.msg(1, "Roofs by echoes not run: too few pulses with several returns to tell roofs from canopy. "
-                 "Points of such pulses:",
+        c.msg(1,
+              "Roofs by echoes not run: too few pulses with several returns to tell roofs from canopy. "
+              "Points of such pulses:",
               multiple);
         return;
     }
 
-    const RoofEchoParams<T> par{c.par().EchoRange,     c.par().EchoMinHeight, c.par().EchoMinPoints,
+    const RoofEchoParams<T> par{c.par().EchoRange,       c.par().EchoMinHeight, c.par().EchoMinPoints,
                                 c.par().EchoSingleShare, c.par().EchoRoughness, buildingClass};
     const Backend be = c.backend();
     Buffer<uint8_t> counts(be, static_cast<std::size_t>(n)), verdict(be, static_cast<std::size_t>(n));
