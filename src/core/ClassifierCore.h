@@ -45,6 +45,9 @@ public:
     /// Upper bound on the free memory the engine believes it has (0: none); bounds the grid's
     /// bookkeeping below what the backend offers.
     std::size_t freeMemoryCap = 0;
+    /// Iterative steps judge every point in every pass instead of the frontier of the last
+    /// pass's changes; the classes are the same, so tests compare both ways with it.
+    bool fullPasses = false;
     void memoryInfo(std::size_t& freeBytes, std::size_t& totalBytes);
 
     // --- class slots and parameters ---

@@ -37,6 +37,9 @@ public:
 
     Backend backend() const { return e.backend(); }
     LaunchConfig launchConfig(int n) const { return e.launchConfig(n); }
+    /// A launch shape for n threads without the "Threads:" and "Blocks:" lines, for the
+    /// bookkeeping launches that a step's printed record leaves out.
+    LaunchConfig quietLaunchConfig(int n) const { return e.fullBlockConfig(n); }
     int checkDeviceError() const { return e.checkDeviceError(); }
     void memoryInfo(std::size_t& freeBytes, std::size_t& totalBytes) const
     {
@@ -47,6 +50,9 @@ public:
 
     /// Number of returns of each point's pulse on the host, in file order; empty when unknown.
     const std::vector<uint8_t>& returnCounts() const { return e.store.returnCounts; }
+
+    /// Whether iterative steps may judge only the frontier of the last pass's changes.
+    bool frontierPasses() const { return !e.fullPasses; }
 
     /// Which cloud the store holds (see PointStore::generation).
     unsigned long long cloudGeneration() const { return e.store.generation; }

@@ -7,6 +7,7 @@
 #include <thrust/count.h>
 #include <thrust/extrema.h>
 #include <thrust/fill.h>
+#include <thrust/iterator/counting_iterator.h>
 #include <thrust/sort.h>
 #ifdef __CUDACC__
 #include <thrust/system/cuda/execution_policy.h>
@@ -63,6 +64,15 @@ template <class T, class Pred> long long countIf(const T* first, int n, Pred pre
     if (n < 1)
         return 0;
     return static_cast<long long>(thrust::count_if(policy(), first, first + n, pred));
+}
+
+/// How many of the indices 0..n-1 satisfy pred.
+template <class Pred> long long countIndices(int n, Pred pred)
+{
+    if (n < 1)
+        return 0;
+    return static_cast<long long>(thrust::count_if(policy(), thrust::counting_iterator<int>(0),
+                                                   thrust::counting_iterator<int>(n), pred));
 }
 
 } // namespace vx::VX_BACKEND_NS

@@ -63,6 +63,27 @@ VX_HD inline void forEachNeighbour(const Index& itg, const Groups& groups, const
     }
 }
 
+/// forEachNeighbour for a visitor that returns whether to go on: the visit ends at the first
+/// false, in the same order up to there.
+template <class Index, class Groups, class Grid, class Visitor>
+VX_HD inline void forEachNeighbourWhile(const Index& itg, const Groups& groups, const Grid& grid, int g,
+                                        Visitor&& visit)
+{
+    const CellCoords c = cellCoords(grid, g);
+    const int dx0 = c.x == 0 ? 0 : -1, dx1 = c.x == grid.cellsX - 1 ? 0 : 1;
+    const int dy0 = c.y == 0 ? 0 : -1, dy1 = c.y == grid.cellsY - 1 ? 0 : 1;
+    const int dz0 = c.z == 0 ? 0 : -1, dz1 = c.z == grid.cellsZ - 1 ? 0 : 1;
+    for (int dx = dx0; dx <= dx1; ++dx)
+        for (int dy = dy0; dy <= dy1; ++dy)
+            for (int dz = dz0; dz <= dz1; ++dz) {
+                const int n = g + (dx * grid.cellsY + dy) * grid.cellsZ + dz;
+                const int end = groups.end(n);
+                for (int j = groups.start(n); j < end; ++j)
+                    if (!visit(itg.pointIndex(j)))
+                        return;
+            }
+}
+
 /// Visits the entries of cell g alone, every max(1, count / divisor)-th one.
 template <class Index, class Groups, class Visitor>
 VX_HD inline void forEachInCell(const Index& itg, const Groups& groups, int g, int divisor, Visitor&& visit)

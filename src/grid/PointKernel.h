@@ -92,6 +92,12 @@ template <class T, class Points, class Index, class Groups> struct Neighbourhood
     {
         forEachNeighbour(itg, groups, grid, itg.group(i), how, visit);
     }
+
+    /// Visits every entry of the block around sorted position i until visit(q) returns false.
+    template <class Visitor> VX_HD void forEachNeighbourOfWhile(int i, Visitor&& visit) const
+    {
+        forEachNeighbourWhile(itg, groups, grid, itg.group(i), visit);
+    }
 };
 
 /// Kernel K on the views of layout L: kernels are named once, for both layouts.

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "core/StepContext.h"
+#include "exec/Algorithms.h"
+#include "exec/Buffer.h"
 #include "exec/Launch.h"
 #include "steps/building/kernels.h"
 #include "steps/common/RemapClass.h"
@@ -28,8 +30,35 @@ void runBuildingGrowthPasses(StepContext<T>& c, const LaunchConfig& cfg, bool re
         remap(par.markClass, par.buildingClass);
     };
 
+    // After the first pass only the points near the last pass's joins are judged again (see
+    // grid/Frontier.h). Rejection marks (classes from 256) would change on the first remap
+    // unseen by the frontier, so a cloud holding any is judged whole in every pass.
+    const int cells = c.groupCount();
+    const bool frontier = ready && c.frontierPasses() && cells > 0 &&
+                          countIndices(n, ClassAtLeast<PointsOf<T, L>>{views.pts, 256}) == 0;
+    Buffer<uint8_t> changed, active;
+    if (frontier)
+        changed.allocate(c.backend(), static_cast<std::size_t>(cells)),
+            active.allocate(c.backend(), static_cast<std::size_t>(cells));
+    bool firstPass = true, anyChange = true;
     for (int iteration = 1; iteration <= c.par().Building2Iterations; ++iteration) {
-        update(true);
+        if (!frontier) {
+            update(true);
+        } else if (anyChange) {
+            auto kernel = k_updateBuilding<T, L>{views, par, true};
+            kernel.active = firstPass ? nullptr : active.data();
+            run(kernel);
+            fillWith(changed.data(), cells, uint8_t{0});
+            run(MarkCellsHolding<PointsOf<T, L>, IndexOf<L>>{views.pts, views.itg, par.markClass,
+                                                             changed.data(), n});
+            remap(par.markClass, par.buildingClass);
+            anyChange = countIf(changed.data(), cells, IsSet{}) > 0;
+            if (anyChange)
+                launch(c.quietLaunchConfig(cells), cells,
+                       ActivateAroundChanges<T>{c.gridParameters(), changed.data(), active.data(), cells});
+            c.checkDeviceError();
+            firstPass = false;
+        }
         c.msg(2, "Building growth iteration", iteration);
     }
     // Candidates the growth did not absorb go back to the class they came from.

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "core/Parameters.h"
+#include "grid/Frontier.h"
 #include "grid/PointKernel.h"
 
 namespace vx {
@@ -140,15 +141,18 @@ template <class T> BuildingGrowthParams<T> buildingGrowthParams(const Parameters
 /// Growth along the roof: a point joins when it lies on the tangent plane of its nearest building
 /// point and ground is farther away than that point; a candidate below the nearest roof point
 /// joins even off the plane. With useGhostTest a ghost share above the limit keeps it out.
+/// With a frontier (active, by cell) only the points of active cells are judged: the others
+/// would be judged as in the pass before, which left them out.
 template <class T, class Points, class Index, class Groups>
 struct UpdateBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
     BuildingGrowthParams<T> par;
     bool useGhostTest;
+    const uint8_t* active = nullptr;
 
     VX_HD void operator()(int i) const
     {
         const int p = this->ownPoint(i);
-        if (p < 0 || this->pts.lastReturn(p) == 0)
+        if (p < 0 || !inFrontier(active, this->itg, i) || this->pts.lastReturn(p) == 0)
             return;
         const int cls = this->pts.cls(p);
         const T px = this->pts.x(p), py = this->pts.y(p), pz = this->pts.z(p);

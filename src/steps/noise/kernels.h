@@ -50,9 +50,12 @@ struct JudgeNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
         const T px = this->pts.x(p), py = this->pts.y(p), pz = this->pts.z(p);
         const T range2 = par.range * par.range;
         int close = 0, above = 0, below = 0;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+        // Once the point has its neighbours and both sides hold a group's worth, no test below can
+        // judge it noise: the visit ends there.
+        const int enough = par.groupPoints > 0 ? par.groupPoints : 0;
+        this->forEachNeighbourOfWhile(i, [&](int q) {
             if (q == p || !this->allowed.admits(this->pts.cls(q)))
-                return;
+                return true;
             const T qz = this->pts.z(q);
             if (qz > pz)
                 ++above;
@@ -60,6 +63,7 @@ struct JudgeNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
                 ++below;
             if (squaredDistance<T>(px - T(this->pts.x(q)), py - T(this->pts.y(q)), pz - qz) < range2)
                 ++close;
+            return !(close >= par.minNeighbours && above >= enough && below >= enough);
         });
         if (par.groupPoints > 0) {
             // The cheap bound first: the point's own side holds at least everything beyond it.
