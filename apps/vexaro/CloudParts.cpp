@@ -130,19 +130,12 @@ template <class T> VX_Point<T> record(const vx::las::LasFile& file, std::size_t 
     return p;
 }
 
-} // namespace
-
+/// Classifies the parts of `file` one by one, the strays as noise, and writes options.output.
 template <class T>
-std::vector<int> classifyFile(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
-                              const ProgressFn& progress, const std::function<void(const std::string&)>& note)
+std::vector<int> classifyParts(Vexaro<T>& v, vx::las::LasFile& file, const CloudParts& split,
+                               const PipelineOptions& options, const ProgressFn& progress,
+                               const std::function<void(const std::string&)>& note)
 {
-    auto file = vx::las::LasFile::read(input);
-    const CloudParts split = splitIntoParts(file, options.partPlanGap, options.partHeightGap);
-    if (split.whole()) {
-        runPipeline(v, input, options, progress);
-        return currentClasses(v);
-    }
-
     const std::size_t n = file.size();
     std::vector<int> classes(n, cls::kUnclassified);
     std::vector<float> heights(options.writeHeightAboveGround ? n : 0,
@@ -210,6 +203,23 @@ std::vector<int> classifyFile(Vexaro<T>& v, const std::string& input, const Pipe
             file.write(options.output);
     }
     return classes;
+}
+
+} // namespace
+
+template <class T>
+std::vector<int> classifyFile(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
+                              const ProgressFn& progress, const std::function<void(const std::string&)>& note)
+{
+    {
+        // The file is read once more by the library on the whole path; this copy goes first.
+        auto file = vx::las::LasFile::read(input);
+        const CloudParts split = splitIntoParts(file, options.partPlanGap, options.partHeightGap);
+        if (!split.whole())
+            return classifyParts(v, file, split, options, progress, note);
+    }
+    runPipeline(v, input, options, progress);
+    return currentClasses(v);
 }
 
 template std::vector<int> classifyFile<float>(Vexaro<float>&, const std::string&, const PipelineOptions&,

@@ -39,12 +39,15 @@ template <class F> void launch(const LaunchConfig& cfg, int n, const F& f)
 
 namespace vx::host {
 
+/// Runs f(i) for i in [0, n) in blocks of cfg.threads indices. Threads take blocks as they
+/// finish: the work of a block follows the points of its cells (dense roofs, canopy, a frontier
+/// of a few active cells), so equal shares of blocks would leave one core idle.
 template <class F> void launch(const LaunchConfig& cfg, int n, const F& f)
 {
     if (cfg.blocks < 1 || cfg.threads < 1)
         return;
     const long long threads = cfg.threads;
-#pragma omp parallel for schedule(static) num_threads(cfg.hostThreads > 0 ? cfg.hostThreads : 1)
+#pragma omp parallel for schedule(dynamic, 16) num_threads(cfg.hostThreads > 0 ? cfg.hostThreads : 1)
     for (int b = 0; b < cfg.blocks; ++b) {
         long long first = threads * b;
         long long last = first + threads;

@@ -210,7 +210,7 @@ TEST(HeightAboveGroundLimits, AnAbsurdRasterIsRefusedWithItsExtentAndCellSize)
     EXPECT_NE(out.text().find("run computeHeightAboveGround first"), std::string::npos);
 
     // The same cloud with cells the raster can hold.
-    v.set_HeightAboveGroundCellSize(100.0);
+    v.set_HeightAboveGroundCellSize(1000.0);
     v.computeHeightAboveGround(2);
     v.saveHeightAboveGroundToBuffer(h.data(), 2);
     EXPECT_NEAR(h[0], 0.0, 1e-6);
