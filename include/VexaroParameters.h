@@ -104,6 +104,8 @@
       "steepest terrain slope (rise per run) that the openings keep")                                        \
     X(TerrainClimb, TerrainClimb, Ratio, 0.0, "", 0, 100, "terrain", TerrainGround, 0,                       \
       "slope (rise per run) between neighbouring cells that joins an object to the terrain; 0: off")         \
+    X(TerrainClimbMaxRise, TerrainClimbMaxRise, Height, 0.0, "m", 0, 1000, "terrain", TerrainGround, 0,      \
+      "largest rise between neighbouring cells that the climb takes, however wide the cells; 0: no limit")   \
     X(TerrainStepHeight, TerrainStepHeight, Height, 0.3, "m", 0, 1000, "terrain", TerrainGround, 0,          \
       "drop of one opening that marks an object, besides the slope's")                                       \
     X(TerrainGroundDistance, TerrainGroundDistance, Height, 0.5, "m", 0, 1000, "terrain", TerrainGround, 0,  \

@@ -14,20 +14,21 @@ constexpr double kSteepTerrain = 0.25;
 const std::vector<Preset>& presets()
 {
     static const std::vector<Preset> table = {
-        {"general", "any landscape that is not steep: towns, farmland, forest", 40.0, 0.5, 0.0,
+        {"general", "any landscape that is not steep: towns, farmland, forest", 40.0, 0.5, 0.8, 0.5,
          "the general values: halls up to 80 m are cut from the terrain, and slopes up to about 27 degrees "
-         "stay ground"},
-        {"flat", "plains, farmland, gentle towns", 40.0, 0.25, 0.0,
+         "stay ground; hilltops and terraces that the wide window cuts join the terrain again where they "
+         "rise from it by less than 0.5 m a cell, which no wall does"},
+        {"flat", "plains, farmland, gentle towns", 40.0, 0.25, 0.8, 0.5,
          "gentle ground: a low slope limit also cuts cars, hedges and low sheds"},
-        {"city", "dense towns with large halls and flat roofs", 60.0, 0.4, 0.0,
+        {"city", "dense towns with large halls and flat roofs", 60.0, 0.4, 0.8, 0.5,
          "the widest window cuts buildings up to 120 m across; slopes up to about 22 degrees stay ground"},
-        {"forest", "closed canopy, few ground returns", 40.0, 0.6, 0.0,
+        {"forest", "closed canopy, few ground returns", 40.0, 0.6, 0.8, 0.5,
          "the canopy is cut wherever a few returns reach the ground; slopes up to about 31 degrees stay "
          "ground"},
-        {"mountain", "steep slopes, ridges and terraces", 25.0, 1.0, 0.8,
+        {"mountain", "steep slopes, ridges and terraces", 25.0, 1.0, 0.8, 0.0,
          "slopes up to 45 degrees stay ground; narrower windows keep ridges and summits that wider ones "
-         "would "
-         "cut, at the cost of buildings wider than 50 m"},
+         "would cut, at the cost of buildings wider than 50 m; the climb rejoins steep faces of any "
+         "height"},
     };
     return table;
 }
@@ -79,6 +80,7 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     length("TerrainWindow", preset.terrainWindow, "preset");
     out.push_back({"TerrainSlope", preset.terrainSlope * v / h, "preset (rise per run)"});
     out.push_back({"TerrainClimb", preset.terrainClimb * v / h, "preset (rise per run; 0: off)"});
+    height("TerrainClimbMaxRise", preset.climbMaxRise, "preset (metres; 0: no limit)");
     height("TerrainStepHeight", 0.3, "0.3 m: above the roughness of bare ground");
     height("TerrainGroundDistance", 0.5,
            "0.5 m: the surface between cell centres is that sure on flat ground");
@@ -111,8 +113,8 @@ std::string derivationRules()
       << ", general elsewhere):\n";
     for (const auto& p : presets())
         s << "  " << p.name << ": " << p.description << "; TerrainWindow " << p.terrainWindow
-          << " m, TerrainSlope " << p.terrainSlope << ", TerrainClimb " << p.terrainClimb << "\n      "
-          << p.reason << '\n';
+          << " m, TerrainSlope " << p.terrainSlope << ", TerrainClimb " << p.terrainClimb
+          << ", TerrainClimbMaxRise " << p.climbMaxRise << " m\n      " << p.reason << '\n';
     s << "\nParameters derived from the data (spacing of all returns s, of last returns l, in metres;\n"
          "converted to the file's unit; --set and --params win):\n";
     for (const auto& r : deriveParameters(presets().front(), DataScale{}))

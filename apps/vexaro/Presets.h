@@ -27,6 +27,7 @@ struct Preset {
     double terrainWindow; ///< metres: half of the widest object cut from the terrain
     double terrainSlope;  ///< steepest terrain slope kept, rise per run
     double terrainClimb;  ///< slope between cells that joins a cut object back to the terrain; 0: off
+    double climbMaxRise;  ///< metres: largest rise between cells the climb takes; 0: no limit
     const char* reason;
 };
 

@@ -190,7 +190,9 @@ TEST(ClassifyPipeline, HagAddsTheHeightAboveTheFinalGround)
     for (const auto& vlr : out.vlrs())
         foundRecord = foundRecord || (vlr.userId == "LASF_Spec" && vlr.recordId == 4);
     EXPECT_TRUE(foundRecord);
-    // Ground points of the result lie on the surface made of them; every height is a number.
+    // Ground points of the result lie on the surface made of them, within the relief of a cell
+    // (the sample has embankments); every height is a number.
+    std::vector<double> groundHeights;
     double groundWorst = 0;
     for (std::size_t i = 0; i < out.size(); ++i) {
         float h;
@@ -199,10 +201,16 @@ TEST(ClassifyPipeline, HagAddsTheHeightAboveTheFinalGround)
                         in.header().recordLength,
                     4);
         ASSERT_TRUE(std::isfinite(h)) << "point " << i;
-        if (out.classification(i) == 2)
+        if (out.classification(i) == 2) {
             groundWorst = std::max(groundWorst, std::abs(double(h)));
+            groundHeights.push_back(std::abs(double(h)));
+        }
     }
-    EXPECT_LT(groundWorst, 1.0);
+    ASSERT_FALSE(groundHeights.empty());
+    std::sort(groundHeights.begin(), groundHeights.end());
+    EXPECT_LT(groundHeights[groundHeights.size() / 2], 0.05) << "median";
+    EXPECT_LT(groundHeights[groundHeights.size() * 95 / 100], 0.3) << "95th percentile";
+    EXPECT_LT(groundWorst, 1.5);
     // Without --hag the records keep their length.
     ASSERT_EQ(run({"classify", sample("warsaw_small.las"), "-o", "plain.las", "-q"}).status, 0);
     EXPECT_EQ(vx::las::LasFile::read((clitest::scratch() / "plain.las").string()).header().recordLength,

@@ -196,8 +196,9 @@ struct k_climbFromTerrain {
     const unsigned char* objectIn;
     unsigned char* objectOut;
     int nx, ny;
-    float climb;  ///< height per cell edge
-    int* changed; ///< set to 1 when a cell is given back
+    float climb;   ///< height per cell edge
+    float maxRise; ///< largest height difference climbed, whatever the distance (walls stay)
+    int* changed;  ///< set to 1 when a cell is given back
 
     VX_HD void operator()(int i) const
     {
@@ -213,7 +214,8 @@ struct k_climbFromTerrain {
                 const int q = qy * nx + qx;
                 if (objectIn[q] || isEmptyHeight(lowest[q]))
                     continue;
-                const float reach = (dx != 0 && dy != 0) ? climb * 1.41421356f : climb;
+                float reach = (dx != 0 && dy != 0) ? climb * 1.41421356f : climb;
+                reach = reach < maxRise ? reach : maxRise;
                 const float d = lowest[i] - lowest[q];
                 if (d <= reach && d >= -reach) {
                     objectOut[i] = 0;

@@ -20,6 +20,7 @@
 #include <thrust/transform_reduce.h>
 
 #include <cmath>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -119,11 +120,13 @@ template <class T> void runTerrainGround(StepContext<T>& c)
             Buffer<unsigned char> other(backend, cells);
             Buffer<int> changed(backend, 1);
             const float climb = static_cast<float>(par.TerrainClimb) * static_cast<float>(cell);
+            const float maxRise = par.TerrainClimbMaxRise > 0 ? static_cast<float>(par.TerrainClimbMaxRise)
+                                                              : std::numeric_limits<float>::max();
             for (int pass = 0; pass < 2 * widest + 2; ++pass) {
                 fillWith(changed.data(), 1, 0);
                 launch(c.launchConfig(cells), cells,
                        k_climbFromTerrain{lowest.data(), object.data(), other.data(), g.nx, g.ny, climb,
-                                          changed.data()});
+                                          maxRise, changed.data()});
                 std::swap(object, other);
                 int any = 0;
                 changed.download(&any, 1);
