@@ -82,8 +82,9 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     out.push_back({"TerrainClimb", preset.terrainClimb * v / h, "preset (rise per run; 0: off)"});
     height("TerrainClimbMaxRise", preset.climbMaxRise, "preset (metres; 0: no limit)");
     height("TerrainStepHeight", 0.3, "0.3 m: above the roughness of bare ground");
-    height("TerrainGroundDistance", 0.5,
-           "0.5 m: the surface between cell centres is that sure on flat ground");
+    height("TerrainGroundDistance", 0.3,
+           "0.3 m: above the roughness of bare ground and the surface's error between cell centres; "
+           "cars, hedges and tall grass lie above it");
 
     length("NoiseRange", std::max(2.0, 4.0 * all),
            "4 x spacing, at least 2 m: a point with fewer than two others that near is isolated");
