@@ -161,11 +161,10 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
                   (run.doublePrecision ? "double" : "float"));
 
     const auto start = std::chrono::steady_clock::now();
-    if (run.preset != "none") {
-        // Gaps wider than any step looks apart the cloud: 100 m in plan, 1 km in height.
-        pipeline.partPlanGap = kPartPlanGapMetres / scale.metresPerUnit;
-        pipeline.partHeightGap = kPartHeightGapMetres / scale.metresPerVerticalUnit;
-    }
+    // Gaps wider than any step looks apart the cloud: 100 m in plan, 1 km in height (in file
+    // units; without a profile, as with --preset none, the units are taken for metres).
+    pipeline.partPlanGap = kPartPlanGapMetres / scale.metresPerUnit;
+    pipeline.partHeightGap = kPartHeightGapMetres / scale.metresPerVerticalUnit;
     result.classes = classifyFile(
         v, input, pipeline, [&reporter](const StepReport& r) { reporter.step(r); },
         [&reporter](const std::string& text) { reporter.note(text); });

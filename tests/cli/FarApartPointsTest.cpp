@@ -84,6 +84,21 @@ TEST(FarApartPoints, AStrayReturnFarAwayIsNoiseAndStretchesNothing)
     EXPECT_LT(childPeakMegabytes(), 200.0);
 }
 
+TEST(FarApartPoints, TheLibraryGroundStepsToo)
+{
+    // --preset none runs the library's own ground steps; the parts are split all the same.
+    std::vector<Spot> spots;
+    addPatch(spots, 1000, 0, 0, 10, 10, 5);
+    spots.push_back({-1.0e6, 2.0e6, 100.0});
+    const std::string in = writeCloud("far.las", spots);
+    const auto r = run({"classify", in, "-o", "out.las", "--preset", "none"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto classes = classesOf((scratch() / "out.las").string());
+    ASSERT_EQ(classes.size(), spots.size());
+    EXPECT_EQ(classes.back(), 7);
+    EXPECT_LT(childPeakMegabytes(), 200.0);
+}
+
 TEST(FarApartPoints, PatchesFarApartAreClassifiedOneByOne)
 {
     std::vector<Spot> spots;
