@@ -39,10 +39,14 @@ std::string shownSignature(const uint8_t* p)
 
 } // namespace
 
-LasHeader parseHeader(const std::vector<uint8_t>& bytes, const std::string& name)
+void failCompressed(const std::string& name)
 {
-    const std::size_t n = bytes.size();
-    const uint8_t* b = bytes.data();
+    fail(name, "the points are LAZ-compressed; LasFile::read and RecordReader decode them from a file "
+               "named .laz");
+}
+
+LasHeader parseHeader(const uint8_t* b, std::size_t n, const std::string& name, bool allowCompressed)
+{
     if (n >= 4 && std::memcmp(b, "LASF", 4) != 0)
         fail(name, "not a LAS file (signature \"" + shownSignature(b) + "\" instead of \"LASF\")");
     if (n < kLegacyHeaderSize)
@@ -68,8 +72,8 @@ LasHeader parseHeader(const std::vector<uint8_t>& bytes, const std::string& name
 
     // LASzip marks its files with bit 7 of the format byte; bit 6 was used the same way once.
     const uint8_t formatByte = b[kPointFormat];
-    if (formatByte & 0xC0)
-        fail(name, "LAZ compressed files are not supported; decompress with laszip first");
+    if ((formatByte & 0xC0) && !allowCompressed)
+        failCompressed(name);
     h.pointFormat = formatByte & 0x3F;
     if (h.pointFormat > 10)
         fail(name, "unknown point format " + std::to_string(h.pointFormat) + " (formats 0 to 10 exist)");
@@ -88,6 +92,11 @@ LasHeader parseHeader(const std::vector<uint8_t>& bytes, const std::string& name
         h.maxBound[a] = load<double>(b + kBounds + 16 * a);
         h.minBound[a] = load<double>(b + kBounds + 16 * a + 8);
     }
+    // Every coordinate is raw * scale + offset: a zero scale collapses an axis to one value.
+    for (int a = 0; a < 3; ++a)
+        if (h.scale[a] == 0)
+            fail(name, std::string("the ") + "xyz"[a] + " scale factor is zero; every " + "xyz"[a] +
+                           " coordinate would be the offset");
     h.creationDay = load<uint16_t>(b + kCreationDay);
     h.creationYear = load<uint16_t>(b + kCreationYear);
     std::memcpy(h.systemId, b + kSystemId, 32);

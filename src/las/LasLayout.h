@@ -1,5 +1,5 @@
 // Byte-level vocabulary of the codec: little-endian loads and stores at unaligned offsets, the
-// header field offsets, and the error helper. Internal to src/io/las.
+// header field offsets, and the error helper. Internal to src/las.
 #pragma once
 
 #include "las/LasFile.h"
@@ -79,13 +79,61 @@ inline std::size_t gpsTimeOffset(uint8_t format)
     return (format == 1 || format >= 3) ? 20 : 0;
 }
 
-/// Decodes and checks the public header block: size, signature, version, header size, point format,
-/// compression and record length. The header's own fields only; the layout comes next.
-LasHeader parseHeader(const std::vector<uint8_t>& bytes, const std::string& name);
+/// The user id of the VLR in which LASzip describes its compressed items.
+constexpr const char* kLaszipUserId = "laszip encoded";
 
-/// Walks the VLRs and EVLRs and checks that they, the point offset and the point records lie
-/// inside the file; refuses LASzip data. Returns the directory entries in file order.
-std::vector<LasVlr> checkLayout(const std::vector<uint8_t>& bytes, const LasHeader& h,
-                                const std::string& name);
+/// Whether the point format byte carries LASzip's compression bits (bit 7, or bit 6 of early
+/// versions). `n` bytes are held from the start of the file.
+inline bool compressedFormatByte(const uint8_t* b, std::size_t n)
+{
+    return n > kPointFormat && std::memcmp(b, "LASF", 4) == 0 && (b[kPointFormat] & 0xC0) != 0;
+}
+
+/// The message for compressed points where uncompressed ones are expected.
+[[noreturn]] void failCompressed(const std::string& name);
+
+/// Decodes and checks the public header block: size, signature, version, header size, point format,
+/// compression, record length and scale factors. The header's own fields only; the layout comes
+/// next. `n` is the number of bytes held from the start of the file, all of it or at least 65536
+/// bytes (a header is never longer). LASzip's compression bits are refused unless allowCompressed.
+LasHeader parseHeader(const uint8_t* b, std::size_t n, const std::string& name, bool allowCompressed);
+inline LasHeader parseHeader(const std::vector<uint8_t>& bytes, const std::string& name)
+{
+    return parseHeader(bytes.data(), bytes.size(), name, false);
+}
+
+/// What follows the directories of the bytes checked by checkLayout.
+enum class PointData {
+    Records,    ///< uncompressed records, counted against the file size
+    Compressed, ///< LASzip data, which a LASzip VLR must describe
+    Absent,     ///< nothing yet: a preamble to write records after
+};
+
+/// Walks the VLRs and EVLRs and checks that they, the point offset and, for uncompressed records,
+/// the point records lie inside the file; refuses LASzip data unless `points` says it is
+/// compressed. `held` bytes of a file of `fileSize` bytes are in
+/// memory, at least up to the point offset or the end of the file; the EVLRs are walked only when
+/// the whole file is held, otherwise just their start is checked. Returns the directory entries
+/// held, in file order.
+std::vector<LasVlr> checkLayout(const uint8_t* data, uint64_t held, uint64_t fileSize, const LasHeader& h,
+                                const std::string& name, PointData points);
+inline std::vector<LasVlr> checkLayout(const std::vector<uint8_t>& bytes, const LasHeader& h,
+                                       const std::string& name)
+{
+    return checkLayout(bytes.data(), bytes.size(), bytes.size(), h, name, PointData::Records);
+}
+
+/// Point counts, counts by return and bounds as a header holds them, gathered from records.
+struct RecordTally {
+    uint64_t count = 0;
+    uint64_t byReturn[15] = {};
+    double minBound[3] = {0, 0, 0}, maxBound[3] = {0, 0, 0};
+
+    /// Adds n records of the header's format and length.
+    void add(const LasHeader& h, const uint8_t* records, std::size_t n);
+    /// Stores the tally into the header block `b` of a file of the header's version: the legacy
+    /// count and its histogram where the version and format allow, the 64-bit ones in 1.4, bounds.
+    void store(uint8_t* b, const LasHeader& h) const;
+};
 
 } // namespace vx::las::detail

@@ -1,5 +1,7 @@
-// Loading a file's bytes and turning them into a checked LasFile.
+// Loading a file's bytes and turning them into a checked LasFile; LAZ files are decoded into the
+// equivalent uncompressed file.
 #include "LasLayout.h"
+#include "las/RecordStream.h"
 
 #include <cerrno>
 #include <cstring>
@@ -73,7 +75,25 @@ std::vector<uint8_t> readAll(const std::string& path)
 
 LasFile LasFile::read(const std::string& path)
 {
-    return fromMemory(readAll(path), path);
+    std::vector<uint8_t> bytes = readAll(path);
+    if (!detail::compressedFormatByte(bytes.data(), bytes.size()))
+        return fromMemory(std::move(bytes), path);
+
+    bytes = {};
+    RecordReader reader(path);
+    std::vector<uint8_t> file = reader.preamble();
+    // Grows with the records decoded, never with the count the header claims.
+    constexpr std::size_t batch = 1 << 16;
+    const std::size_t length = reader.recordLength();
+    for (;;) {
+        const std::size_t at = file.size();
+        file.resize(at + batch * length);
+        const std::size_t got = reader.read(file.data() + at, batch);
+        file.resize(at + got * length);
+        if (got == 0)
+            break;
+    }
+    return fromMemory(std::move(file), path);
 }
 
 LasFile LasFile::fromMemory(std::vector<uint8_t> bytes, const std::string& name)

@@ -33,10 +33,9 @@ LasVlr vlrAt(const uint8_t* p, bool extended)
     return v;
 }
 
-void walkVlrs(const std::vector<uint8_t>& bytes, const LasHeader& h, const std::string& name,
+void walkVlrs(const uint8_t* data, uint64_t size, const LasHeader& h, const std::string& name,
               std::vector<LasVlr>& out)
 {
-    const uint64_t size = bytes.size();
     const bool offsetInside = h.offsetToPointData <= size;
     // VLRs belong before the points; a file cut short ends them earlier.
     const uint64_t limit = offsetInside ? h.offsetToPointData : size;
@@ -47,7 +46,7 @@ void walkVlrs(const std::vector<uint8_t>& bytes, const LasHeader& h, const std::
     for (uint64_t k = 0; k < h.vlrCount; ++k) {
         if (limit < pos || limit - pos < kVlrHeader)
             fail(name, "VLR " + ordinal(k, h.vlrCount) + " runs past " + where);
-        LasVlr v = vlrAt(bytes.data() + pos, false);
+        LasVlr v = vlrAt(data + pos, false);
         pos += kVlrHeader;
         v.payloadOffset = pos;
         if (limit - pos < v.payloadSize)
@@ -57,22 +56,25 @@ void walkVlrs(const std::vector<uint8_t>& bytes, const LasHeader& h, const std::
     }
 }
 
-void walkEvlrs(const std::vector<uint8_t>& bytes, const LasHeader& h, const std::string& name,
-               std::vector<LasVlr>& out)
+void checkEvlrStart(uint64_t size, const LasHeader& h, const std::string& name)
 {
-    const uint64_t size = bytes.size();
     if (h.evlrStart > size)
         fail(name, "start of the first EVLR (" + std::to_string(h.evlrStart) +
                        ") is past the end of the file (" + std::to_string(size) + " bytes)");
     if (h.evlrStart < h.offsetToPointData)
         fail(name, "start of the first EVLR (" + std::to_string(h.evlrStart) +
                        ") lies before the point data (offset " + std::to_string(h.offsetToPointData) + ")");
+}
+
+void walkEvlrs(const uint8_t* data, uint64_t size, const LasHeader& h, const std::string& name,
+               std::vector<LasVlr>& out)
+{
     uint64_t pos = h.evlrStart;
     for (uint64_t k = 0; k < h.evlrCount; ++k) {
         if (size - pos < kEvlrHeader)
             fail(name, "EVLR " + ordinal(k, h.evlrCount) + " runs past the end of the file (" +
                            std::to_string(size) + " bytes)");
-        LasVlr v = vlrAt(bytes.data() + pos, true);
+        LasVlr v = vlrAt(data + pos, true);
         pos += kEvlrHeader;
         v.payloadOffset = pos;
         if (size - pos < v.payloadSize)
@@ -85,24 +87,34 @@ void walkEvlrs(const std::vector<uint8_t>& bytes, const LasHeader& h, const std:
 
 } // namespace
 
-std::vector<LasVlr> checkLayout(const std::vector<uint8_t>& bytes, const LasHeader& h,
-                                const std::string& name)
+std::vector<LasVlr> checkLayout(const uint8_t* data, uint64_t held, uint64_t size, const LasHeader& h,
+                                const std::string& name, PointData points)
 {
-    const uint64_t size = bytes.size();
     if (h.offsetToPointData < h.headerSize)
         fail(name, "offset to point data (" + std::to_string(h.offsetToPointData) +
                        ") lies inside the header (" + std::to_string(h.headerSize) + " bytes)");
 
     std::vector<LasVlr> entries;
-    walkVlrs(bytes, h, name, entries);
+    walkVlrs(data, size, h, name, entries);
+    bool laszipVlr = false;
     for (const LasVlr& v : entries)
-        if (v.userId == "laszip encoded")
-            fail(name, "LAZ compressed files are not supported; decompress with laszip first");
+        laszipVlr = laszipVlr || v.userId == kLaszipUserId;
+    const bool compressed = points == PointData::Compressed;
+    if (laszipVlr && !compressed)
+        failCompressed(name);
+    if (compressed && !laszipVlr)
+        fail(name, "the point format is marked LAZ-compressed but the file has no LASzip VLR (\"" +
+                       std::string(kLaszipUserId) + "\")");
     if (h.offsetToPointData > size)
         fail(name, "offset to point data (" + std::to_string(h.offsetToPointData) +
                        ") is past the end of the file (" + std::to_string(size) + " bytes)");
-    if (h.evlrCount > 0)
-        walkEvlrs(bytes, h, name, entries);
+    if (h.evlrCount > 0) {
+        checkEvlrStart(size, h, name);
+        if (held == size)
+            walkEvlrs(data, size, h, name, entries);
+    }
+    if (points != PointData::Records)
+        return entries;
 
     // Points end where the EVLRs begin; the 1.3 waveform block after them is not ours to bound.
     const uint64_t end = h.evlrCount > 0 ? h.evlrStart : size;

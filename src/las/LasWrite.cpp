@@ -1,26 +1,25 @@
-// Writing a file back: the held bytes, as they are, in one pass.
+// Writing a file back: LAS as the held bytes, LAZ through LASzip; either way under a temporary
+// name that becomes the file's name only once it is complete.
 #include "LasLayout.h"
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include "LazCodec.h"
+#include "StagedFile.h"
+#include "las/RecordStream.h"
 
 namespace vx::las {
 
 void LasFile::write(const std::string& path) const
 {
-    std::FILE* out = std::fopen(path.c_str(), "wb");
-    if (!out)
-        detail::fail(path, std::string("cannot create the file (") + std::strerror(errno) + ")");
-    const std::size_t written = std::fwrite(bytes_.data(), 1, bytes_.size(), out);
-    const int writeError = written == bytes_.size() ? 0 : errno;
-    const bool closed = std::fclose(out) == 0;
-    const int closeError = closed ? 0 : errno;
-    if (written != bytes_.size())
-        detail::fail(path, std::string("cannot write the file (") +
-                               std::strerror(writeError ? writeError : EIO) + ")");
-    if (!closed)
-        detail::fail(path, std::string("cannot write the file (") + std::strerror(closeError) + ")");
+    if (detail::lazName(path)) {
+        const std::vector<uint8_t> preamble(bytes_.begin(),
+                                            bytes_.begin() + static_cast<std::ptrdiff_t>(pointStart_));
+        RecordWriter out(path, preamble);
+        out.write(bytes_.data() + pointStart_, count_);
+        out.finish();
+        return;
+    }
+    detail::StagedFile out(path);
+    out.append(bytes_.data(), bytes_.size());
+    out.commit();
 }
 
 } // namespace vx::las

@@ -108,9 +108,9 @@ TEST(LasValidation, UnknownPointFormatIsRefused)
     expectRefused(bytes, "unknown point format 11");
 }
 
-TEST(LasValidation, LazFilesAreRefusedByFormatBitsOrVlr)
+TEST(LasValidation, LazDataInAFileNamedLasIsRefusedByFormatBitsOrVlr)
 {
-    const std::string message = "LAZ compressed files are not supported; decompress with laszip first";
+    const std::string message = "LAZ-compressed";
     auto bytes = lastest::buildImage(validLayout());
     bytes[104] = 0x83;
     expectRefused(bytes, message);
@@ -127,7 +127,7 @@ TEST(LasValidation, LazWithFewerBytesThanPromisedIsReportedAsLaz)
     auto bytes = lastest::buildImage(validLayout());
     bytes[104] = 0x83;
     bytes.resize(bytes.size() - 100); // compressed points take less room
-    expectRefused(bytes, "LAZ compressed");
+    expectRefused(bytes, "LAZ-compressed");
 }
 
 TEST(LasValidation, RecordLengthBelowTheFormatSizeIsRefused)
