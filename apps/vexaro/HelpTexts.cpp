@@ -34,6 +34,7 @@ const char* kGeneral =
 
 const char* kClassify =
     "Usage: vexaro classify INPUT.las -o OUTPUT.las [OPTIONS]\n"
+    "       vexaro classify IN_DIR|FILES...|'PATTERN' -o OUT_DIR [OPTIONS]\n"
     "\n"
     "Classifies every point of INPUT.las with the recommended pipeline (docs/pipeline.md) and\n"
     "writes OUTPUT.las: the input file with only the classes changed. Classes: 1 unclassified,\n"
@@ -44,7 +45,18 @@ const char* kClassify =
     "  --normals BASENAME     write the normal vectors to BASENAME.txt\n"
     "  --preview FILE.png     write a picture: top view by class, legend, cross-section\n"
     "  --hag                  add each point's height above the final ground to OUTPUT.las as the\n"
-    "                         extra-bytes dimension HeightAboveGround (float, metres)\n";
+    "                         extra-bytes dimension HeightAboveGround (float, metres)\n"
+    "  --memory SIZE          memory budget, e.g. 4G or 512M (default: half of the machine's);\n"
+    "                         a larger file is classified in tiles with a buffer and written\n"
+    "                         back in its own order\n"
+    "  --buffer METRES        width of the buffer ring around each tile (default: the widest\n"
+    "                         reach of the steps, 60 m with --preset auto)\n"
+    "  --resume               with a folder: skip tiles whose output already exists\n"
+    "\n"
+    "Files may be LAS or LAZ (.laz, when built with LASzip); the output is LAZ when its name ends\n"
+    "in .laz. Several files, a folder or a quoted pattern are tiles of one landscape: each is\n"
+    "classified with a buffer of points from the neighbours its header's bounds touch and written\n"
+    "to OUT_DIR under its own name. Under 'mpirun -np N' the tiles are spread over the ranks.\n";
 
 const char* kDemo =
     "Usage: vexaro demo [--out DIR] [--points N] [--seed S] [OPTIONS]\n"

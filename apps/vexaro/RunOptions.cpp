@@ -132,6 +132,11 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
     } catch (const std::exception& e) {
         throw std::runtime_error("cannot use the " + run.backend + " backend: " + e.what());
     }
+    if (run.cudaDevice >= 0 && v.computeBackend() == "cuda") {
+        const auto devices = v.getAvailableDevices();
+        if (devices.size() > 1)
+            v.setCudaDevice(run.cudaDevice % static_cast<int>(devices.size()));
+    }
     // The profile goes to the terminal, between the checks of the run and the library's work.
     quiet.reset();
     const DataScale scale = run.preset == "none" ? DataScale{} : measureScale(input, run, reporter);

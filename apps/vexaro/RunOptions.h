@@ -22,6 +22,7 @@ struct RunOptions {
     std::string logPath;
     bool quiet = false, verbose = false;
     LengthUnit units = LengthUnit::Unknown; ///< --units: overrides the file's coordinate system
+    int cudaDevice = -1;         ///< CUDA device to use when several exist (one a rank); below 0: the default
     std::string preset = "auto"; ///< a name of presets(), or "none": the library's defaults and the
                                  ///< recommended values only
 };

@@ -31,6 +31,11 @@ std::string cliPath()
 
 } // namespace
 
+std::string cliExecutable()
+{
+    return cliPath();
+}
+
 fs::path scratch()
 {
     const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();

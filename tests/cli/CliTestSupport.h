@@ -14,6 +14,8 @@ struct Result {
     std::string err; ///< standard error
 };
 
+/// The tool under test.
+std::string cliExecutable();
 /// Runs `vexaro ARGS...` with the scratch folder as working directory.
 Result run(const std::vector<std::string>& args);
 
