@@ -2,6 +2,7 @@
 
 #include "FileChecks.h"
 #include "MemoryBudget.h"
+#include "ParameterTable.h"
 #include "Ranks.h"
 
 #include <algorithm>
@@ -79,6 +80,9 @@ int classifyFolder(const TiledOptions& given, TileSettings tiles)
         tiles.run.cudaDevice = ranks.localRank();
     }
     const auto paths = expandInputs(options.inputs);
+    if (isPointFileName(options.output) && !fs::is_directory(options.output))
+        throw UsageError("tiles are written to a folder, one file a tile: -o OUT_DIR, not '" +
+                         options.output + "'");
     requireFolder(options.output);
     std::map<std::string, std::string> names;
     std::vector<std::string> outputs;

@@ -125,8 +125,9 @@ TEST(CliErrors, InputThatCannotBeRead)
     expectError({"classify", "missing.las", "-o", "o.las"}, 1,
                 "cannot read input 'missing.las': No such file or directory");
     std::filesystem::create_directories(clitest::scratch() / "folder.las");
+    // A folder stands for the tiles in it.
     expectError({"classify", "folder.las", "-o", "o.las"}, 1,
-                "cannot read input 'folder.las': it is a folder");
+                "the folder 'folder.las' holds no .las or .laz file");
     expectError({"info", "missing.las"}, 1, "cannot read input 'missing.las': No such file or directory");
     expectError({"eval", sample("warsaw_small.las"), "missing.las"}, 1,
                 "cannot read input 'missing.las': No such file or directory");
