@@ -71,6 +71,40 @@ std::vector<uint8_t> uncompressedPreamble(const std::vector<uint8_t>& raw, const
     return out;
 }
 
+/// LASzip's chunk table, where the compressor has one, must lie inside the file: the offset to it
+/// is the first thing after the point offset, and the table holds its chunk count. LASzip would
+/// otherwise decode with a broken table or read past the end.
+void checkChunkTable(int fd, const std::string& path, const std::vector<uint8_t>& raw, const LasHeader& h,
+                     const std::vector<LasVlr>& vlrs, uint64_t fileSize)
+{
+    const auto laszip = std::find_if(vlrs.begin(), vlrs.end(),
+                                     [](const LasVlr& v) { return v.userId == detail::kLaszipUserId; });
+    if (laszip->payloadSize < 2)
+        detail::fail(path, "the LASzip VLR is too short (" + std::to_string(laszip->payloadSize) + " bytes)");
+    constexpr uint16_t kPointwise = 1;
+    if (detail::load<uint16_t>(raw.data() + laszip->payloadOffset) == kPointwise)
+        return;
+    uint8_t field[8];
+    if (readAt(fd, field, 8, h.offsetToPointData, path) != 8)
+        detail::fail(path, "the LAZ data ends before the offset of its chunk table");
+    const int64_t table = detail::load<int64_t>(field);
+    if (table == -1) // written by a streaming writer: LASzip finds the offset at the end of the file
+        return;
+    if (table < static_cast<int64_t>(h.offsetToPointData) + 8 || static_cast<uint64_t>(table) > fileSize ||
+        fileSize - static_cast<uint64_t>(table) < 8)
+        detail::fail(path, "the chunk table offset (" + std::to_string(table) +
+                               ") points outside the LAZ data (" + std::to_string(h.offsetToPointData + 8) +
+                               " to " + std::to_string(fileSize) +
+                               " bytes); the file is truncated or corrupt");
+    uint8_t tableHeader[8];
+    if (readAt(fd, tableHeader, 8, static_cast<uint64_t>(table), path) != 8)
+        detail::fail(path, "the LAZ chunk table is cut short");
+    const uint32_t chunks = detail::load<uint32_t>(tableHeader + 4);
+    if (chunks > fileSize - static_cast<uint64_t>(table))
+        detail::fail(path, "the LAZ chunk table claims " + std::to_string(chunks) +
+                               " chunks, more than the file could hold; the file is corrupt");
+}
+
 } // namespace
 
 bool lazAvailable()
@@ -128,6 +162,7 @@ RecordReader::RecordReader(const std::string& path) : state_(std::make_unique<St
     if (s.compressed) {
         if (!detail::lazBuiltIn())
             detail::failNoLaz(path);
+        checkChunkTable(s.fd, path, raw, h, vlrs, fileSize);
         s.preamble = uncompressedPreamble(raw, h, vlrs);
     } else {
         raw.resize(h.offsetToPointData);

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <dirent.h>
 #include <fstream>
 #include <iterator>
@@ -43,11 +45,33 @@ std::vector<uint8_t> records(const vx::las::LasFile& f)
                                 begin + static_cast<std::ptrdiff_t>(f.size() * f.header().recordLength));
 }
 
+namespace {
+
+std::vector<std::string>& createdFolders()
+{
+    static std::vector<std::string> folders;
+    return folders;
+}
+
+void removeFolder(const std::string& folder)
+{
+    const std::string cmd = "rm -rf '" + folder + "'";
+    if (std::system(cmd.c_str()) != 0)
+        std::fprintf(stderr, "cannot remove %s\n", folder.c_str());
+}
+
+} // namespace
+
 std::string scratchFolder(const std::string& name)
 {
     const std::string folder = ::testing::TempDir() + "vexaro-laz-" + name + "-" + std::to_string(::getpid());
-    std::string cmd = "rm -rf '" + folder + "'";
-    EXPECT_EQ(std::system(cmd.c_str()), 0);
+    removeFolder(folder);
+    if (createdFolders().empty())
+        std::atexit([] {
+            for (const std::string& f : createdFolders())
+                removeFolder(f);
+        });
+    createdFolders().push_back(folder);
     EXPECT_EQ(::mkdir(folder.c_str(), 0755), 0) << folder;
     return folder;
 }

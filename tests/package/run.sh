@@ -11,6 +11,18 @@ cmake -S "$source/tests/package" -B "$scratch/build" -G Ninja -DCMAKE_PREFIX_PAT
 cmake --build "$scratch/build" > /dev/null
 "$scratch/build/package_test"
 
+# A LASzip built with the library is installed beside it and found there by the library's RPATH.
+if [ -f "$build/lib/libvexaro_laszip.so" ]; then
+    laszip=$(env -u LD_LIBRARY_PATH ldd "$scratch/prefix/lib"*/libvexaro.so | awk '/libvexaro_laszip\.so/ {print $3}')
+    case "$laszip" in
+    "$scratch/prefix/"*) ;;
+    *)
+        echo "FAIL: the installed library loads LASzip from '$laszip' instead of the installed one" >&2
+        exit 1
+        ;;
+    esac
+fi
+
 # The tool is installed only when the build has it (VEXARO_BUILD_APPS).
 if [ ! -f "$build/apps/vexaro/vexaro" ]; then
     echo "tool not built: installed tool not checked"
