@@ -4,6 +4,7 @@
 #include "MemoryBudget.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -173,6 +174,7 @@ int classifyLargeFile(const TiledOptions& options, TileSettings tiles, uint64_t 
                   << fixed(grid.edgeX, 0) << " x " << fixed(grid.edgeY, 0) << " with a buffer of "
                   << fixed(reach, 0) << " (file units)" << std::endl;
 
+    const auto cutStart = std::chrono::steady_clock::now();
     // Pass 1: every record goes to the tile that owns it (with its place in the file) and to the
     // rings of the tiles whose buffer it lies in.
     const long count = grid.count();
@@ -219,6 +221,12 @@ int classifyLargeFile(const TiledOptions& options, TileSettings tiles, uint64_t 
         for (auto& s : spills)
             s.own.flush(), s.ring.flush(), s.index.flush();
     }
+
+    if (!quiet)
+        std::cerr << "cut into tiles in "
+                  << fixed(std::chrono::duration<double>(std::chrono::steady_clock::now() - cutStart).count(),
+                           1)
+                  << " s" << std::endl;
 
     // Pass 2: each tile with its ring, classified; its own records kept in a work file.
     TileProgress progress(static_cast<std::size_t>(count), points, quiet, "");
