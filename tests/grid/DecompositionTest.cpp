@@ -266,6 +266,47 @@ TEST_P(Decomposition, HostKeepsThePointsInInputOrder)
     }
 }
 
+TEST_P(Decomposition, ResultsOnTheBackendReachTheHostRecords)
+{
+    Vexaro<float> v;
+    configure(v, GetParam());
+    auto pts = randomCloud<float>(64, 4, 4, 4, 8);
+    v.loadDirectData(pts.data(), 64);
+    auto table = allowTable({1});
+    v.set_AllowedInputClasses(table.data(), 256);
+    decomposeQuietly(v, 1, 1, 1);
+    {
+        CaptureStdout quiet;
+        v.resetPointCloudClasses(5);
+    }
+    const auto back = points(v);
+    ASSERT_EQ(back.size(), pts.size());
+    for (std::size_t i = 0; i < pts.size(); ++i) {
+        EXPECT_EQ(back[i].classification, 5);
+        EXPECT_EQ(back[i].x, pts[i].x); // coordinates keep the records' values
+    }
+}
+
+TEST_P(Decomposition, ArraysOfAnEarlierCloudLeaveANewOneAsLoaded)
+{
+    Vexaro<float> v;
+    configure(v, GetParam());
+    auto first = randomCloud<float>(64, 4, 4, 4, 8);
+    v.loadDirectData(first.data(), 64);
+    auto table = allowTable({1, 3});
+    v.set_AllowedInputClasses(table.data(), 256);
+    decomposeQuietly(v, 1, 1, 1);
+    auto second = randomCloud<float>(64, 4, 4, 4, 9);
+    for (auto& p : second)
+        p.classification = 3;
+    v.loadDirectData(second.data(), 64);
+    {
+        CaptureStdout quiet;
+        v.resetPointCloudClasses(5); // no decomposition of the new cloud yet
+    }
+    EXPECT_EQ(classes(v), std::vector<int>(64, 3));
+}
+
 INSTANTIATE_TEST_SUITE_P(Grid, Decomposition, ::testing::ValuesIn(allSettings()), settingName);
 
 TEST(DecompositionLayouts, FieldAndRecordLayoutsGiveIdenticalLinksAndRuns)
@@ -300,7 +341,7 @@ TEST(DecompositionLayouts, FieldAndRecordLayoutsGiveIdenticalLinksAndRuns)
     }
 }
 
-TEST(DecompositionLayouts, FieldLayoutUploadsRecordsAndFieldArrays)
+TEST(DecompositionLayouts, FieldLayoutUploadsFieldArraysOnly)
 {
     Vexaro<float> v;
     configure(v, {"cpu", true});
@@ -308,9 +349,39 @@ TEST(DecompositionLayouts, FieldLayoutUploadsRecordsAndFieldArrays)
     v.loadDirectData(pts.data(), 64);
     decomposeQuietly(v, 1, 1, 1);
     const auto& e = vxtest::engine(v);
-    EXPECT_EQ(e.store.deviceRecords.size(), 64u);
+    EXPECT_TRUE(e.store.deviceRecords.empty());
     EXPECT_EQ(e.store.deviceFields.x.size(), 64u);
     EXPECT_EQ(e.store.deviceFields.classification.size(), 64u);
     EXPECT_EQ(e.store.deviceFields.lastReturn.size(), 64u);
-    EXPECT_EQ(e.store.fields.x.size(), 64u);
+    EXPECT_EQ(e.store.records.size(), 64u);
+}
+
+TEST(DecompositionLayouts, RecordLayoutUploadsRecordsOnly)
+{
+    Vexaro<float> v;
+    configure(v, {"cpu", false});
+    auto pts = randomCloud<float>(64, 4, 4, 4, 8);
+    v.loadDirectData(pts.data(), 64);
+    decomposeQuietly(v, 1, 1, 1);
+    const auto& e = vxtest::engine(v);
+    EXPECT_EQ(e.store.deviceRecords.size(), 64u);
+    EXPECT_FALSE(static_cast<bool>(e.store.deviceFields));
+}
+
+TEST(DecompositionLayouts, ChangingTheLayoutDropsTheArraysOfTheOther)
+{
+    Vexaro<float> v;
+    configure(v, {"cpu", true});
+    auto pts = randomCloud<float>(64, 4, 4, 4, 8);
+    v.loadDirectData(pts.data(), 64);
+    decomposeQuietly(v, 1, 1, 1);
+    v.set_SoA(false);
+    decomposeQuietly(v, 1, 1, 1);
+    const auto& e = vxtest::engine(v);
+    EXPECT_EQ(e.store.deviceRecords.size(), 64u);
+    EXPECT_FALSE(static_cast<bool>(e.store.deviceFields));
+    v.set_SoA(true);
+    decomposeQuietly(v, 1, 1, 1);
+    EXPECT_TRUE(e.store.deviceRecords.empty());
+    EXPECT_EQ(e.store.deviceFields.x.size(), 64u);
 }
