@@ -28,10 +28,11 @@ void hostLinks(const ClassifierCore<T>& e, bool soa, std::vector<int>& idx, std:
 {
     idx.clear(), grp.clear();
     if (soa) {
-        idx = e.grid.hostFields.pointIndex, grp = e.grid.hostFields.group;
+        const auto f = e.grid.copyFields();
+        idx = f.pointIndex, grp = f.group;
         return;
     }
-    for (const auto& l : e.grid.hostIndex)
+    for (const auto& l : e.grid.copyIndex())
         idx.push_back(l.pointIndex), grp.push_back(l.group);
 }
 
@@ -97,13 +98,17 @@ TEST_P(Decomposition, OnePointCloudHasOneRun)
     const auto& e = vxtest::engine(v);
     ASSERT_EQ(e.grid.groupCount, 1);
     if (GetParam().soa) {
-        EXPECT_EQ(e.grid.hostFields.start[0], 0);
-        EXPECT_EQ(e.grid.hostFields.end[0], 1);
-        EXPECT_EQ(e.grid.hostFields.count[0], 1);
+        const auto f = e.grid.copyFields();
+        ASSERT_EQ(f.start.size(), 1u);
+        EXPECT_EQ(f.start[0], 0);
+        EXPECT_EQ(f.end[0], 1);
+        EXPECT_EQ(f.count[0], 1);
     } else {
-        EXPECT_EQ(e.grid.hostGroups[0].start, 0);
-        EXPECT_EQ(e.grid.hostGroups[0].end, 1);
-        EXPECT_EQ(e.grid.hostGroups[0].count, 1);
+        const auto groups = e.grid.copyGroups();
+        ASSERT_EQ(groups.size(), 1u);
+        EXPECT_EQ(groups[0].start, 0);
+        EXPECT_EQ(groups[0].end, 1);
+        EXPECT_EQ(groups[0].count, 1);
     }
 }
 
@@ -134,11 +139,14 @@ TEST_P(Decomposition, RunsCoverTheSortedLinksExactly)
     decomposeQuietly(v, 1.5, 1.5, 1.5);
     const auto& e = vxtest::engine(v);
     const bool soa = GetParam().soa;
+    const auto fields = e.grid.copyFields();
+    const auto groups = e.grid.copyGroups();
+    const auto index = e.grid.copyIndex();
     long total = 0;
     for (int c = 0; c < e.grid.groupCount; ++c) {
-        const int start = soa ? e.grid.hostFields.start[c] : e.grid.hostGroups[c].start;
-        const int end = soa ? e.grid.hostFields.end[c] : e.grid.hostGroups[c].end;
-        const int count = soa ? e.grid.hostFields.count[c] : e.grid.hostGroups[c].count;
+        const int start = soa ? fields.start[c] : groups[c].start;
+        const int end = soa ? fields.end[c] : groups[c].end;
+        const int count = soa ? fields.count[c] : groups[c].count;
         if (start == -1) {
             EXPECT_EQ(end, -1);
             EXPECT_EQ(count, 0);
@@ -146,7 +154,7 @@ TEST_P(Decomposition, RunsCoverTheSortedLinksExactly)
         }
         EXPECT_EQ(count, end - start);
         for (int j = start; j < end; ++j)
-            EXPECT_EQ(soa ? e.grid.hostFields.group[j] : e.grid.hostIndex[j].group, c);
+            EXPECT_EQ(soa ? fields.group[j] : index[j].group, c);
         total += count;
     }
     EXPECT_EQ(total, 3000);
@@ -329,14 +337,21 @@ TEST(DecompositionLayouts, FieldAndRecordLayoutsGiveIdenticalLinksAndRuns)
         const auto& a = vxtest::engine(aos);
         const auto& b = vxtest::engine(soa);
         ASSERT_EQ(a.grid.groupCount, b.grid.groupCount);
+        const auto index = a.grid.copyIndex();
+        const auto groups = a.grid.copyGroups();
+        const auto fields = b.grid.copyFields();
+        ASSERT_EQ(index.size(), static_cast<std::size_t>(s.n));
+        ASSERT_EQ(fields.pointIndex.size(), static_cast<std::size_t>(s.n));
         for (int j = 0; j < s.n; ++j) {
-            ASSERT_EQ(a.grid.hostIndex[j].pointIndex, b.grid.hostFields.pointIndex[j]);
-            ASSERT_EQ(a.grid.hostIndex[j].group, b.grid.hostFields.group[j]);
+            ASSERT_EQ(index[j].pointIndex, fields.pointIndex[j]);
+            ASSERT_EQ(index[j].group, fields.group[j]);
         }
+        ASSERT_EQ(groups.size(), static_cast<std::size_t>(a.grid.groupCount));
+        ASSERT_EQ(fields.start.size(), static_cast<std::size_t>(a.grid.groupCount));
         for (int c = 0; c < a.grid.groupCount; ++c) {
-            ASSERT_EQ(a.grid.hostGroups[c].start, b.grid.hostFields.start[c]);
-            ASSERT_EQ(a.grid.hostGroups[c].end, b.grid.hostFields.end[c]);
-            ASSERT_EQ(a.grid.hostGroups[c].count, b.grid.hostFields.count[c]);
+            ASSERT_EQ(groups[c].start, fields.start[c]);
+            ASSERT_EQ(groups[c].end, fields.end[c]);
+            ASSERT_EQ(groups[c].count, fields.count[c]);
         }
     }
 }
