@@ -39,13 +39,15 @@ public:
     void run(const std::string& name, const std::string& label, std::initializer_list<int> produced, F&& work)
     {
         const auto start = std::chrono::steady_clock::now();
+        const int before = v_.pointCount();
         work();
         StepReport r;
         r.index = ++done_;
         r.steps = steps_;
         r.name = name;
         r.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        r.points = v_.pointCount();
+        // A step that releases the cloud (the save) reports the points it had.
+        r.points = v_.pointCount() > 0 ? v_.pointCount() : before;
         r.classLabel = label;
         if (produced.size() > 0) {
             for (int c : currentClasses(v_))
@@ -294,8 +296,10 @@ template <class T> void loadPoints(Vexaro<T>& v, const std::string& input)
 
 /// Writes `input` again as options.output with the classes of v, byte for byte what saveLASFile
 /// writes after loadLASFile (creation year included); with options.writeHeightAboveGround, the
-/// heights v holds as the extra-bytes dimension HeightAboveGround.
-template <class T> void saveClasses(Vexaro<T>& v, const std::string& input, const PipelineOptions& options)
+/// heights v holds as the extra-bytes dimension HeightAboveGround. Returns the classes; with
+/// options.releaseBeforeSave, clears v before the file is read.
+template <class T>
+std::vector<int> saveClasses(Vexaro<T>& v, const std::string& input, const PipelineOptions& options)
 {
     const int n = v.pointCount();
     std::vector<short> classes(static_cast<std::size_t>(n));
@@ -305,6 +309,8 @@ template <class T> void saveClasses(Vexaro<T>& v, const std::string& input, cons
         heights.resize(static_cast<std::size_t>(n));
         v.saveHeightAboveGroundToBuffer(heights.data(), n);
     }
+    if (options.releaseBeforeSave)
+        v.clearAllMemory();
     auto file = vx::las::LasFile::read(input);
     if (file.size() != static_cast<std::size_t>(n))
         throw std::runtime_error("'" + input + "' changed while it was classified (" + std::to_string(n) +
@@ -318,13 +324,14 @@ template <class T> void saveClasses(Vexaro<T>& v, const std::string& input, cons
             .write(options.output);
     else
         file.write(options.output);
+    return std::vector<int>(classes.begin(), classes.end());
 }
 
 } // namespace
 
 template <class T>
-void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
-                 const ProgressFn& progress)
+std::vector<int> runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
+                             const ProgressFn& progress)
 {
     using namespace cls;
     const int steps = 11 + (options.output.empty() ? 0 : 1);
@@ -346,15 +353,18 @@ void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& 
         throw std::runtime_error("'" + input + "' holds fewer than two points; nothing to classify");
     classifySteps(v, options, step);
 
-    if (!options.output.empty())
-        step.run("save", "", {}, [&] {
-            if (options.writeHeightAboveGround) // no earlier step computes them: heights of the final ground
-                v.computeHeightAboveGround(kGround);
-            if (libraryKeepsFile)
-                v.saveLASFile(options.output, options.writeHeightAboveGround);
-            else
-                saveClasses(v, input, options);
-        });
+    if (options.output.empty())
+        return currentClasses(v);
+    std::vector<int> classes;
+    step.run("save", "", {}, [&] {
+        if (options.writeHeightAboveGround) // no earlier step computes them: heights of the final ground
+            v.computeHeightAboveGround(kGround);
+        if (libraryKeepsFile)
+            v.saveLASFile(options.output, options.writeHeightAboveGround);
+        else
+            classes = saveClasses(v, input, options);
+    });
+    return libraryKeepsFile ? currentClasses(v) : classes;
 }
 
 template <class T>
@@ -373,10 +383,10 @@ void runPipelineOnPoints(Vexaro<T>& v, std::vector<VX_Point<T>>& points, const s
     classifySteps(v, options, step);
 }
 
-template void runPipeline<float>(Vexaro<float>&, const std::string&, const PipelineOptions&,
-                                 const ProgressFn&);
-template void runPipeline<double>(Vexaro<double>&, const std::string&, const PipelineOptions&,
-                                  const ProgressFn&);
+template std::vector<int> runPipeline<float>(Vexaro<float>&, const std::string&, const PipelineOptions&,
+                                             const ProgressFn&);
+template std::vector<int> runPipeline<double>(Vexaro<double>&, const std::string&, const PipelineOptions&,
+                                              const ProgressFn&);
 template void runPipelineOnPoints<float>(Vexaro<float>&, std::vector<VX_Point<float>>&,
                                          const std::vector<int>&, const PipelineOptions&, const ProgressFn&);
 template void runPipelineOnPoints<double>(Vexaro<double>&, std::vector<VX_Point<double>>&,

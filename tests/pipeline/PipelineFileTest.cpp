@@ -44,15 +44,20 @@ std::vector<char> bytesOf(const std::string& path)
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+template <class T> void configureQuietly(Vexaro<T>& v)
+{
+    v.setComputeBackend("cpu");
+    v.setHostThreads(1);
+    v.setMessageLevel(0);
+    v.setFacadeMessageLevel(0);
+}
+
 template <class T>
 void runQuietly(const std::string& input, const PipelineOptions& options,
                 const ProgressFn& progress = nullptr)
 {
     Vexaro<T> v;
-    v.setComputeBackend("cpu");
-    v.setHostThreads(1);
-    v.setMessageLevel(0);
-    v.setFacadeMessageLevel(0);
+    configureQuietly(v);
     vxtest::CaptureStdout quiet;
     runPipeline(v, input, options, progress);
 }
@@ -113,4 +118,36 @@ TEST(PipelineFile, InputChangedDuringTheRunIsRefused)
         EXPECT_NE(std::string(e.what()).find(input), std::string::npos) << e.what();
     }
     EXPECT_FALSE(std::filesystem::exists(options.output));
+}
+
+TEST(PipelineFile, ReleasingTheCloudBeforeTheSaveChangesNeitherFileNorClasses)
+{
+    const std::string input = sceneFile("release.las", 4000, 6);
+    PipelineOptions keep;
+    keep.output = (folder() / "release-kept.las").string();
+    PipelineOptions release = keep;
+    release.output = (folder() / "release-released.las").string();
+    release.releaseBeforeSave = true;
+    Vexaro<float> kept, released;
+    configureQuietly(kept);
+    configureQuietly(released);
+    std::vector<int> savedPoints;
+    const ProgressFn onSave = [&](const StepReport& r) {
+        if (r.name == "save")
+            savedPoints.push_back(r.points);
+    };
+    std::vector<int> keptClasses, releasedClasses;
+    {
+        vxtest::CaptureStdout quiet;
+        keptClasses = runPipeline(kept, input, keep, onSave);
+        releasedClasses = runPipeline(released, input, release, onSave);
+    }
+    const int n = static_cast<int>(keptClasses.size());
+    ASSERT_GT(n, 1000); // the scene has about the points asked for
+    EXPECT_EQ(keptClasses, currentClasses(kept));
+    EXPECT_EQ(releasedClasses, keptClasses);
+    EXPECT_EQ(released.pointCount(), 0);
+    EXPECT_EQ(kept.pointCount(), n);
+    EXPECT_EQ(savedPoints, (std::vector<int>{n, n}));
+    EXPECT_TRUE(bytesOf(keep.output) == bytesOf(release.output));
 }
