@@ -1,5 +1,5 @@
 // Point counts of occupied grid cells, keyed by packed cell indices: an open-addressing table
-// sized by the number of points, never by the extent they span.
+// sized by the number of occupied cells, never by the extent they span.
 #pragma once
 
 #include <cstddef>
@@ -10,22 +10,19 @@ namespace vx::app {
 
 class CellHash {
 public:
-    /// Room for up to `keys` distinct cells at a load of at most one half.
-    explicit CellHash(std::size_t keys)
-    {
-        std::size_t capacity = 16;
-        while (capacity < 2 * keys)
-            capacity *= 2;
-        keys_.assign(capacity, kEmpty);
-        counts_.assign(capacity, 0);
-        mask_ = capacity - 1;
-    }
+    /// Room for `keys` distinct cells at first; the table doubles whenever more than half of it
+    /// is taken, so the hint bounds nothing.
+    explicit CellHash(std::size_t keys = 0) { resize(keys); }
 
     /// Counts one more point in the cell; returns its count. `key` must not be ~0.
     uint32_t add(uint64_t key)
     {
         std::size_t at = slot(key);
         if (keys_[at] == kEmpty) {
+            if (2 * (size_ + 1) > keys_.size()) {
+                resize(size_ + 1);
+                at = slot(key);
+            }
             keys_[at] = key;
             ++size_;
         }
@@ -52,6 +49,27 @@ public:
 
 private:
     static constexpr uint64_t kEmpty = ~uint64_t(0);
+
+    /// Rebuilds the table with room for `keys` cells at a load of at most one half.
+    void resize(std::size_t keys)
+    {
+        std::size_t capacity = 16;
+        while (capacity < 2 * keys)
+            capacity *= 2;
+        if (capacity <= keys_.size())
+            return;
+        std::vector<uint64_t> oldKeys(capacity, kEmpty);
+        std::vector<uint32_t> oldCounts(capacity, 0);
+        oldKeys.swap(keys_);
+        oldCounts.swap(counts_);
+        mask_ = capacity - 1;
+        for (std::size_t k = 0; k < oldKeys.size(); ++k)
+            if (oldKeys[k] != kEmpty) {
+                const std::size_t at = slot(oldKeys[k]);
+                keys_[at] = oldKeys[k];
+                counts_[at] = oldCounts[k];
+            }
+    }
 
     std::size_t slot(uint64_t key) const
     {

@@ -218,8 +218,10 @@ std::vector<int> classifyFile(Vexaro<T>& v, const std::string& input, const Pipe
         if (!split.whole())
             return classifyParts(v, file, split, options, progress, note);
     }
-    runPipeline(v, input, options, progress);
-    return currentClasses(v);
+    // The classes come back from the run: v's cloud is released before the file is written.
+    PipelineOptions whole = options;
+    whole.releaseBeforeSave = true;
+    return runPipeline(v, input, whole, progress);
 }
 
 template std::vector<int> classifyFile<float>(Vexaro<float>&, const std::string&, const PipelineOptions&,

@@ -35,7 +35,8 @@ CloudParts splitIntoParts(const vx::las::LasFile& file, double planGap, double h
 /// Classifies `input` as runPipeline does; where the cloud falls into several parts (options.
 /// partGap), each part on its own and its strays as noise (options.highNoiseClass above the
 /// mean height of the parts, class 7 below). Writes options.output and returns the classes in
-/// file order. `note` receives a line for each part (may be empty).
+/// file order; what v holds afterwards is left open (the cloud of a whole file is released
+/// before the file is written). `note` receives a line for each part (may be empty).
 template <class T>
 std::vector<int> classifyFile(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
                               const ProgressFn& progress,

@@ -53,7 +53,8 @@ struct Grid {
 /// density much, and a stray point adds half a cell.
 Grid measure(const std::vector<double>& xs, const std::vector<double>& ys, double x0, double y0, double cell)
 {
-    CellHash cells(xs.size());
+    CellHash cells(
+        static_cast<std::size_t>(xs.size() / (kCellSpacings * kCellSpacings))); // cells of the data
     for (std::size_t i = 0; i < xs.size(); ++i)
         cells.add(cellIndex(xs[i], x0, cell) << 32 | cellIndex(ys[i], y0, cell));
     std::size_t inner = 0, edge = 0;
@@ -134,7 +135,7 @@ void markIsolated(const std::vector<double>& xs, const std::vector<double>& ys, 
         return static_cast<uint64_t>(i) << 42 | static_cast<uint64_t>(j) << 21 | static_cast<uint64_t>(k);
     };
     constexpr uint64_t kOutside = ~uint64_t(0);
-    CellHash cells(n);
+    CellHash cells(n / 64); // cells ten spacings wide hold tens of points
     for (std::size_t i = 0; i < n; ++i) {
         const int64_t ix = index(xs[i], cx), iy = index(ys[i], cy), iz = index(zs[i] * zToHorizontal, cz);
         if (ix < 1 || iy < 1 || iz < 1 || ix >= kSpan - 1 || iy >= kSpan - 1 || iz >= kSpan - 1) {
@@ -242,7 +243,12 @@ DataProfile profileLas(const vx::las::LasFile& file, LengthUnit unitsOverride)
         addWarnings(p, 0);
         return p;
     }
+    std::size_t lastReturns = 0;
+    for (std::size_t i = 0; i < n; ++i)
+        lastReturns += file.returnNumber(i) == file.numberOfReturns(i);
     std::vector<double> xs(n), ys(n), zs(n), lx, ly;
+    lx.reserve(lastReturns);
+    ly.reserve(lastReturns);
     for (std::size_t i = 0; i < n; ++i) {
         xs[i] = file.x(i);
         ys[i] = file.y(i);

@@ -1,5 +1,7 @@
 #include "Pipeline.h"
 
+#include <las/LasFile.h>
+
 #include <algorithm>
 #include <chrono>
 #include <initializer_list>
@@ -37,13 +39,15 @@ public:
     void run(const std::string& name, const std::string& label, std::initializer_list<int> produced, F&& work)
     {
         const auto start = std::chrono::steady_clock::now();
+        const int before = v_.pointCount();
         work();
         StepReport r;
         r.index = ++done_;
         r.steps = steps_;
         r.name = name;
         r.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        r.points = v_.pointCount();
+        // A step that releases the cloud (the save) reports the points it had.
+        r.points = v_.pointCount() > 0 ? v_.pointCount() : before;
         r.classLabel = label;
         if (produced.size() > 0) {
             for (int c : currentClasses(v_))
@@ -252,27 +256,115 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
 
 } // namespace
 
+namespace {
+
+/// The points of `file` as loadLASFile gives them to the engine (coordinates centred on the
+/// header's bounding box, classes and last-return flags of the records, no normals), and the
+/// number of returns of each point's pulse. The same centring gives the same classes.
 template <class T>
-void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
-                 const ProgressFn& progress)
+void pointsOfFile(const vx::las::LasFile& file, std::vector<VX_Point<T>>& points, std::vector<int>& returns)
+{
+    const auto& h = file.header();
+    const std::size_t n = std::min<std::size_t>(h.pointCount, file.size());
+    double offset[3];
+    for (int a = 0; a < 3; ++a)
+        offset[a] = (h.maxBound[a] - h.minBound[a]) * 0.5;
+    points.assign(n, VX_Point<T>{});
+    returns.resize(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        auto& p = points[i];
+        p.x = static_cast<T>((file.x(i) - h.minBound[0]) - offset[0]);
+        p.y = static_cast<T>((file.y(i) - h.minBound[1]) - offset[1]);
+        p.z = static_cast<T>((file.z(i) - h.minBound[2]) - offset[2]);
+        p.classification = file.classification(i);
+        p.lastReturn = file.returnNumber(i) == file.numberOfReturns(i) ? 1 : 0;
+        returns[i] = file.numberOfReturns(i);
+    }
+}
+
+/// Loads the points of `input` into v. The file's bytes are released before the engine takes its
+/// copy of the points, and nothing of the file stays held while the steps run.
+template <class T> void loadPoints(Vexaro<T>& v, const std::string& input)
+{
+    std::vector<VX_Point<T>> points;
+    std::vector<int> returns;
+    pointsOfFile(vx::las::LasFile::read(input), points, returns);
+    v.loadDirectData(points.data(), static_cast<int>(points.size()));
+    if (!points.empty() && v.pointCount() == static_cast<int>(points.size()))
+        v.loadReturnCountsFromBuffer(returns.data(), static_cast<int>(returns.size()));
+}
+
+/// Writes `input` again as options.output with the classes of v, byte for byte what saveLASFile
+/// writes after loadLASFile (creation year included); with options.writeHeightAboveGround, the
+/// heights v holds as the extra-bytes dimension HeightAboveGround. Returns the classes; with
+/// options.releaseBeforeSave, clears v before the file is read.
+template <class T>
+std::vector<int> saveClasses(Vexaro<T>& v, const std::string& input, const PipelineOptions& options)
+{
+    const int n = v.pointCount();
+    std::vector<short> classes(static_cast<std::size_t>(n));
+    v.saveClassesToBuffer(classes.data(), n);
+    std::vector<float> heights;
+    if (options.writeHeightAboveGround) {
+        heights.resize(static_cast<std::size_t>(n));
+        v.saveHeightAboveGroundToBuffer(heights.data(), n);
+    }
+    if (options.releaseBeforeSave)
+        v.clearAllMemory();
+    auto file = vx::las::LasFile::read(input);
+    if (file.size() != static_cast<std::size_t>(n))
+        throw std::runtime_error("'" + input + "' changed while it was classified (" + std::to_string(n) +
+                                 " points loaded, " + std::to_string(file.size()) + " now); '" +
+                                 options.output + "' is not written");
+    for (std::size_t i = 0; i < classes.size(); ++i)
+        file.setClassification(i, static_cast<uint16_t>(classes[i]));
+    file.setCreationYear(2015); // the year saveLASFile stamps
+    if (options.writeHeightAboveGround)
+        file.withExtraFloat("HeightAboveGround", "height above the ground surface", heights)
+            .write(options.output);
+    else
+        file.write(options.output);
+    return std::vector<int>(classes.begin(), classes.end());
+}
+
+} // namespace
+
+template <class T>
+std::vector<int> runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
+                             const ProgressFn& progress)
 {
     using namespace cls;
     const int steps = 11 + (options.output.empty() ? 0 : 1);
     StepRunner<T> step(v, steps, progress);
+    // The normals file takes coordinates and intensities from the library's copy of the file, which
+    // then stays held throughout. Otherwise the tool hands the points over and reads the file again
+    // to write it, so that the run holds no copy of the file's bytes.
+    const bool libraryKeepsFile = !options.normalsBaseName.empty();
 
     if (options.recommendedParameters)
         applyRecommendedParameters(v);
-    step.run("load", "", {}, [&] { v.loadLASFile(input); });
+    step.run("load", "", {}, [&] {
+        if (libraryKeepsFile)
+            v.loadLASFile(input);
+        else
+            loadPoints(v, input);
+    });
     if (v.pointCount() < 2)
         throw std::runtime_error("'" + input + "' holds fewer than two points; nothing to classify");
     classifySteps(v, options, step);
 
-    if (!options.output.empty())
-        step.run("save", "", {}, [&] {
-            if (options.writeHeightAboveGround) // no earlier step computes them: heights of the final ground
-                v.computeHeightAboveGround(kGround);
+    if (options.output.empty())
+        return currentClasses(v);
+    std::vector<int> classes;
+    step.run("save", "", {}, [&] {
+        if (options.writeHeightAboveGround) // no earlier step computes them: heights of the final ground
+            v.computeHeightAboveGround(kGround);
+        if (libraryKeepsFile)
             v.saveLASFile(options.output, options.writeHeightAboveGround);
-        });
+        else
+            classes = saveClasses(v, input, options);
+    });
+    return libraryKeepsFile ? currentClasses(v) : classes;
 }
 
 template <class T>
@@ -291,10 +383,10 @@ void runPipelineOnPoints(Vexaro<T>& v, std::vector<VX_Point<T>>& points, const s
     classifySteps(v, options, step);
 }
 
-template void runPipeline<float>(Vexaro<float>&, const std::string&, const PipelineOptions&,
-                                 const ProgressFn&);
-template void runPipeline<double>(Vexaro<double>&, const std::string&, const PipelineOptions&,
-                                  const ProgressFn&);
+template std::vector<int> runPipeline<float>(Vexaro<float>&, const std::string&, const PipelineOptions&,
+                                             const ProgressFn&);
+template std::vector<int> runPipeline<double>(Vexaro<double>&, const std::string&, const PipelineOptions&,
+                                              const ProgressFn&);
 template void runPipelineOnPoints<float>(Vexaro<float>&, std::vector<VX_Point<float>>&,
                                          const std::vector<int>&, const PipelineOptions&, const ProgressFn&);
 template void runPipelineOnPoints<double>(Vexaro<double>&, std::vector<VX_Point<double>>&,

@@ -61,6 +61,11 @@ struct PipelineOptions {
     double partPlanGap = 0, partHeightGap = 0;
     /// Replace the library's defaults listed by recommendedParameters() before the first step.
     bool recommendedParameters = true;
+    /// The save step takes the classes (and heights) from v and clears v before it reads the
+    /// input again to write it, so that the library's arrays and the file are never held at
+    /// once; v holds no cloud afterwards and runPipeline's result keeps the classes. Without a
+    /// normals file only: with one, the library writes the file from the cloud it holds.
+    bool releaseBeforeSave = false;
 };
 
 /// A library parameter that the pipeline sets differently from the library's default, for
@@ -90,12 +95,12 @@ struct StepReport {
 using ProgressFn = std::function<void(const StepReport&)>;
 
 /// Loads `input` into v and classifies it: ground 2, low vegetation 3, medium 4, high 5,
-/// building 6, low points 7, everything else 1; writes options.output when not empty.
-/// The caller sets layout, backend and parameters on v first. Throws vexaro::LasError for an
-/// unreadable file and std::runtime_error when nothing could be loaded.
+/// building 6, low points 7, everything else 1; writes options.output when not empty and returns
+/// the classes in file order. The caller sets layout, backend and parameters on v first. Throws
+/// vexaro::LasError for an unreadable file and std::runtime_error when nothing could be loaded.
 template <class T>
-void runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
-                 const ProgressFn& progress);
+std::vector<int> runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
+                             const ProgressFn& progress);
 
 /// runPipeline on points given rather than a file (a part of one; see CloudParts.h), with the
 /// number of returns of each point's pulse; writes nothing, whatever options.output says.

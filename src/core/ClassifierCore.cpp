@@ -59,7 +59,7 @@ template <class T> void ClassifierCore<T>::chooseBackend(BackendChoice choice)
         return;
     // Arrays of one backend cannot be read by the other: keep the host copy and the table,
     // drop the rest; the next decomposition uploads again.
-    if (store.deviceRecords)
+    if (store.anyOnDevice())
         syncToHost();
     store.resetDevice();
     grid.resetDevice();
@@ -133,8 +133,6 @@ template <class T> int firstNonFinite(const VX_Point<T>* points, int count)
 }
 } // namespace
 
-// The per-field host arrays are made when the cloud is uploaded in that layout, not here, so
-// loading a large file holds one copy of the records only.
 template <class T> void ClassifierCore<T>::memoryInfo(std::size_t& freeBytes, std::size_t& totalBytes)
 {
     mem::info(backend(), freeBytes, totalBytes);
@@ -142,6 +140,8 @@ template <class T> void ClassifierCore<T>::memoryInfo(std::size_t& freeBytes, st
         freeBytes = freeMemoryCap;
 }
 
+// Loading keeps the host records only; the backend arrays of the layout in use are made by the
+// next decomposition.
 template <class T> bool ClassifierCore<T>::setData(const VX_Point<T>* points, int count)
 {
     if (!points) {

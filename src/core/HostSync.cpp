@@ -16,15 +16,13 @@ template <class T> bool ClassifierCore<T>::syncToHost()
 {
     msg(2, "Syncing Cuda to Host ", store.count);
     msg(2, "Groups ", grid.groupCount);
-    if (!store.deviceRecords)
+    if (!store.anyOnDevice())
         return true; // nothing on the backend yet: the host copy stays as it is
-    const auto n = static_cast<std::size_t>(store.count);
     if (store.fieldsLayout) {
         msg(0, "Soa sync");
         msg(0, "Copy");
     }
     store.download();
-    store.visit([&](auto layout) { grid.download(layout, n); });
     checkDeviceError();
     return true;
 }

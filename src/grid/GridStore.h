@@ -1,5 +1,6 @@
 // The grid state of a cloud: the grid's extremes and cells, the point-to-cell links sorted by cell
-// and the per-cell runs, on the backend and as a host mirror, in the form of each layout.
+// and the per-cell runs, on the backend, in the form of each layout. The host keeps no mirror of
+// them: the steps read the backend arrays, and copies are made on request for inspection.
 #pragma once
 
 #include "exec/Buffer.h"
@@ -12,7 +13,7 @@
 
 namespace vx {
 
-/// The links and runs of the per-field layout, one array a field.
+/// A host copy of the links and runs of the per-field layout, one array a field.
 struct HostGridFields {
     std::vector<int32_t> pointIndex, group;
     std::vector<int32_t> start, end, count;
@@ -31,10 +32,6 @@ template <class T> struct GridStore {
     Buffer<VX_IndexToGroup> deviceIndex;
     Buffer<VX_DecompositionGroups> deviceGroups;
     DeviceGridFields deviceFields;
-
-    std::vector<VX_IndexToGroup> hostIndex;
-    std::vector<VX_DecompositionGroups> hostGroups;
-    HostGridFields hostFields;
 
     AosIndex index(Records) const { return {deviceIndex.data()}; }
     SoaIndex index(Fields) const { return {{deviceFields.pointIndex.data(), deviceFields.group.data()}}; }
@@ -65,9 +62,10 @@ template <class T> struct GridStore {
     bool ready(Records) const { return deviceIndex && deviceGroups; }
     bool ready(Fields) const { return deviceFields.pointIndex && deviceFields.start; }
 
-    /// Brings links and runs of layout L back into the host mirror, n points.
-    void download(Records, std::size_t n);
-    void download(Fields, std::size_t n);
+    /// Host copies of the links and runs: of the records layout, and of the per-field one.
+    std::vector<VX_IndexToGroup> copyIndex() const;
+    std::vector<VX_DecompositionGroups> copyGroups() const;
+    HostGridFields copyFields() const;
 
     void resetDevice(Records) { deviceIndex.reset(), deviceGroups.reset(); }
     void resetDevice(Fields)
@@ -79,27 +77,34 @@ template <class T> struct GridStore {
     void clear()
     {
         resetDevice();
-        hostIndex = {}, hostGroups = {}, hostFields = {};
         groupCount = 0;
     }
 };
 
-template <class T> void GridStore<T>::download(Records, std::size_t n)
+template <class T> std::vector<VX_IndexToGroup> GridStore<T>::copyIndex() const
 {
-    downloadInto(hostIndex, deviceIndex, deviceIndex ? n : 0);
-    downloadInto(hostGroups, deviceGroups, deviceGroups ? static_cast<std::size_t>(groupCount) : 0);
+    std::vector<VX_IndexToGroup> out;
+    downloadInto(out, deviceIndex, deviceIndex.size());
+    return out;
 }
 
-template <class T> void GridStore<T>::download(Fields, std::size_t n)
+template <class T> std::vector<VX_DecompositionGroups> GridStore<T>::copyGroups() const
+{
+    std::vector<VX_DecompositionGroups> out;
+    downloadInto(out, deviceGroups, deviceGroups.size());
+    return out;
+}
+
+template <class T> HostGridFields GridStore<T>::copyFields() const
 {
     const auto& d = deviceFields;
-    auto& h = hostFields;
-    const auto g = static_cast<std::size_t>(groupCount);
-    downloadInto(h.pointIndex, d.pointIndex, d.pointIndex ? n : 0);
-    downloadInto(h.group, d.group, d.group ? n : 0);
-    downloadInto(h.start, d.start, d.start ? g : 0);
-    downloadInto(h.end, d.end, d.end ? g : 0);
-    downloadInto(h.count, d.count, d.count ? g : 0);
+    HostGridFields h;
+    downloadInto(h.pointIndex, d.pointIndex, d.pointIndex.size());
+    downloadInto(h.group, d.group, d.group.size());
+    downloadInto(h.start, d.start, d.start.size());
+    downloadInto(h.end, d.end, d.end.size());
+    downloadInto(h.count, d.count, d.count.size());
+    return h;
 }
 
 } // namespace vx

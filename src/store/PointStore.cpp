@@ -1,5 +1,9 @@
 #include "store/PointStore.h"
 
+#include "exec/Memory.h"
+
+#include <algorithm>
+
 namespace vx {
 
 void DeviceFields::allocate(Backend b, std::size_t n)
@@ -7,20 +11,6 @@ void DeviceFields::allocate(Backend b, std::size_t n)
 #define VX_ALLOCATE(type, name, use) name.allocate(b, n);
     VX_POINT_FIELDS(VX_ALLOCATE)
 #undef VX_ALLOCATE
-}
-
-void DeviceFields::upload(const HostFields& h, std::size_t n)
-{
-#define VX_UPLOAD(type, name, use) name.upload(h.name.data(), n);
-    VX_POINT_FIELDS(VX_UPLOAD)
-#undef VX_UPLOAD
-}
-
-void DeviceFields::download(HostFields& h, std::size_t n) const
-{
-#define VX_DOWNLOAD(type, name, use) downloadInto(h.name, name, n);
-    VX_POINT_FIELDS(VX_DOWNLOAD)
-#undef VX_DOWNLOAD
 }
 
 void DeviceFields::reset()
@@ -40,80 +30,95 @@ vxPointSoA DeviceFields::pointers() const
 }
 
 namespace {
+
+/// Points a staging block carries between the host records and one backend field array: the
+/// records are copied a block at a time, so a transfer costs no whole-cloud host array.
+constexpr std::size_t kStagingPoints = std::size_t{1} << 16;
+
+/// Copies member `m` of every record into the backend array `out`, converted to its type.
+template <class F, class T, class M>
+void uploadField(const std::vector<VX_Point<T>>& records, M VX_Point<T>::*m, const Buffer<F>& out)
+{
+    const std::size_t n = records.size();
+    std::vector<F> block(std::min(n, kStagingPoints));
+    for (std::size_t first = 0; first < n; first += block.size()) {
+        const std::size_t count = std::min(block.size(), n - first);
+        for (std::size_t i = 0; i < count; ++i)
+            block[i] = static_cast<F>(records[first + i].*m);
+        mem::upload(out.backend(), out.data() + first, block.data(), count * sizeof(F));
+    }
+}
+
 // What a field's value does on its way back to the records: results are copied, inputs stay.
 struct Input {
-    template <class R, class F> static void back(R&, const F&) {}
-};
-struct Result {
-    template <class R, class F> static void back(R& record, const F& value)
+    template <class F, class T, class M>
+    static void back(std::vector<VX_Point<T>>&, M VX_Point<T>::*, const Buffer<F>&, std::size_t)
     {
-        record = static_cast<R>(value);
     }
 };
+struct Result {
+    template <class F, class T, class M>
+    static void back(std::vector<VX_Point<T>>& records, M VX_Point<T>::*m, const Buffer<F>& in, std::size_t n)
+    {
+        std::vector<F> block(std::min(n, kStagingPoints));
+        for (std::size_t first = 0; first < n; first += block.size()) {
+            const std::size_t count = std::min(block.size(), n - first);
+            mem::download(in.backend(), block.data(), in.data() + first, count * sizeof(F));
+            for (std::size_t i = 0; i < count; ++i)
+                records[first + i].*m = static_cast<M>(block[i]);
+        }
+    }
+};
+
 } // namespace
 
 template <class T> void PointStore<T>::assign(std::vector<VX_Point<T>>&& points)
 {
     records = std::move(points);
-    fields = {};
     returnCounts.clear();
     ++generation;
-}
-
-template <class T> void PointStore<T>::fillFields()
-{
-    const std::size_t n = records.size();
-#define VX_RESIZE(type, name, use) fields.name.resize(n);
-    VX_POINT_FIELDS(VX_RESIZE)
-#undef VX_RESIZE
-    for (std::size_t i = 0; i < n; ++i) {
-        const auto& p = records[i];
-#define VX_TO_FIELD(type, name, use) fields.name[i] = static_cast<type>(p.name);
-        VX_POINT_FIELDS(VX_TO_FIELD)
-#undef VX_TO_FIELD
-    }
 }
 
 template <class T> VX_Point<T>* PointStore<T>::hostRecords(int& n)
 {
     n = static_cast<int>(records.size());
-    // The per-field mirror carries the latest results in that layout.
-    if (!records.empty() && fields.x.size() == records.size() && fields.size() == records.size()) {
-        for (int i = 0; i < n; ++i) {
-            auto& p = records[i];
-#define VX_TO_RECORD(type, name, use) use::back(p.name, fields.name[i]);
-            VX_POINT_FIELDS(VX_TO_RECORD)
-#undef VX_TO_RECORD
-        }
-    }
     return records.data();
 }
 
 template <class T> void PointStore<T>::upload(Backend b)
 {
-    int n = 0;
-    const VX_Point<T>* p = hostRecords(n);
-    count = n;
+    const std::size_t n = records.size();
+    count = static_cast<int>(n);
     uploaded = generation;
-    deviceRecords.allocate(b, n);
-    deviceRecords.upload(p, n);
-    if (!fieldsLayout)
+    resetDevice();
+    if (!fieldsLayout) {
+        deviceRecords.allocate(b, n);
+        deviceRecords.upload(records.data(), n);
         return;
-    deviceFields.reset();
-    fillFields();
+    }
     deviceFields.allocate(b, n);
-    deviceFields.upload(fields, n);
+    if (!deviceFields)
+        return; // an empty cloud has no arrays to fill
+#define VX_UPLOAD_FIELD(type, name, use) uploadField(records, &VX_Point<T>::name, deviceFields.name);
+    VX_POINT_FIELDS(VX_UPLOAD_FIELD)
+#undef VX_UPLOAD_FIELD
 }
 
 template <class T> void PointStore<T>::download()
 {
+    // Arrays uploaded from an earlier cloud carry nothing for the one held now.
+    if (uploaded != generation)
+        return;
     const std::size_t n = static_cast<std::size_t>(count);
-    if (!fieldsLayout) {
+    if (deviceRecords) {
         downloadInto(records, deviceRecords, n);
-        fields = {}; // the records are now the latest state
         return;
     }
-    deviceFields.download(fields, n);
+    if (!deviceFields)
+        return;
+#define VX_DOWNLOAD_FIELD(type, name, use) use::back(records, &VX_Point<T>::name, deviceFields.name, n);
+    VX_POINT_FIELDS(VX_DOWNLOAD_FIELD)
+#undef VX_DOWNLOAD_FIELD
 }
 
 template <class T> void PointStore<T>::resetDevice()
@@ -126,7 +131,6 @@ template <class T> void PointStore<T>::clear()
 {
     resetDevice();
     records = {};
-    fields = {};
     returnCounts = {};
     count = 0;
     ++generation;

@@ -1,5 +1,5 @@
-// The one owner of a cloud: the host records, the host per-field arrays and the backend arrays of
-// the layout in use. Every array of a per-point field comes from the field list (PointFields.h).
+// The one owner of a cloud: the host records and the backend arrays of the layout in use, one copy
+// each. Every array of a per-point field comes from the field list (PointFields.h).
 #pragma once
 
 #include "exec/Buffer.h"
@@ -15,25 +15,12 @@
 
 namespace vx {
 
-/// Host per-field arrays.
-struct HostFields {
-#define VX_FIELD_VECTOR(type, name, use) std::vector<type> name;
-    VX_POINT_FIELDS(VX_FIELD_VECTOR)
-#undef VX_FIELD_VECTOR
-    std::size_t size() const
-    {
-        return classification.size();
-    }
-};
-
 /// Backend per-field arrays.
 struct DeviceFields {
 #define VX_FIELD_BUFFER(type, name, use) Buffer<type> name;
     VX_POINT_FIELDS(VX_FIELD_BUFFER)
 #undef VX_FIELD_BUFFER
     void allocate(Backend b, std::size_t n);
-    void upload(const HostFields& h, std::size_t n);
-    void download(HostFields& h, std::size_t n) const;
     void reset();
     vxPointSoA pointers() const;
     explicit operator bool() const
@@ -44,10 +31,11 @@ struct DeviceFields {
 
 template <class T> class PointStore {
 public:
-    /// The host copy as records: the exchange form and the layout-independent reference.
+    /// The host copy as records: the exchange form and the layout-independent reference. Results
+    /// of the backend arrays reach it on download().
     std::vector<VX_Point<T>> records;
-    /// The host mirror of the per-field layout; empty until the cloud is uploaded in that layout.
-    HostFields fields;
+    /// The backend arrays: records in the records layout, per-field arrays in that layout; never
+    /// both, so a cloud on the backend costs one copy beside the host records.
     Buffer<VX_Point<T>> deviceRecords;
     DeviceFields deviceFields;
     /// Number of returns of each point's pulse, in file order; empty when the cloud came without
@@ -74,13 +62,15 @@ public:
     AosPoints<T> points(Records) const { return {deviceRecords.data()}; }
     SoaPoints points(Fields) const { return {deviceFields.pointers()}; }
 
-    /// Replaces the host copy; the per-field mirror is made again on the next upload.
+    /// Replaces the host copy.
     void assign(std::vector<VX_Point<T>>&& points);
-    /// The host records, with the latest per-field results gathered into them first.
+    /// The host records as of the last download().
     VX_Point<T>* hostRecords(int& n);
-    /// Uploads the host copy: the records always, the fields too in that layout.
+    /// Uploads the host copy into the arrays of the layout in use and drops those of the other.
     void upload(Backend b);
-    /// Brings the backend arrays of the layout in use back into the host mirror.
+    /// Brings the results held on the backend back into the host records: the whole records in
+    /// that layout, the fields that steps write in the per-field one (coordinates keep the
+    /// records' reference values).
     void download();
     /// Drops the backend arrays.
     void resetDevice();
@@ -91,9 +81,8 @@ public:
     {
         return fieldsLayout ? static_cast<bool>(deviceFields) : static_cast<bool>(deviceRecords);
     }
-
-private:
-    void fillFields();
+    /// Whether the backend holds the cloud in either layout.
+    bool anyOnDevice() const { return static_cast<bool>(deviceFields) || static_cast<bool>(deviceRecords); }
 };
 
 extern template class PointStore<float>;

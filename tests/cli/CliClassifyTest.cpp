@@ -128,7 +128,7 @@ TEST(ClassifyPipeline, VerboseShowsTheLibraryMessages)
     const auto r = run({"classify", sample("warsaw_small.las"), "-o", "out.las", "-v"});
     EXPECT_EQ(r.status, 0);
     EXPECT_NE(r.out.find("Time: "), std::string::npos);
-    EXPECT_NE(r.out.find("Writing done!"), std::string::npos);
+    EXPECT_NE(r.out.find("Syncing Cuda to Host "), std::string::npos);
 }
 
 TEST(ClassifyPipeline, LogTakesTheLibraryMessagesAndParametersReachTheLibrary)

@@ -28,10 +28,11 @@ void hostLinks(const ClassifierCore<T>& e, bool soa, std::vector<int>& idx, std:
 {
     idx.clear(), grp.clear();
     if (soa) {
-        idx = e.grid.hostFields.pointIndex, grp = e.grid.hostFields.group;
+        const auto f = e.grid.copyFields();
+        idx = f.pointIndex, grp = f.group;
         return;
     }
-    for (const auto& l : e.grid.hostIndex)
+    for (const auto& l : e.grid.copyIndex())
         idx.push_back(l.pointIndex), grp.push_back(l.group);
 }
 
@@ -97,13 +98,17 @@ TEST_P(Decomposition, OnePointCloudHasOneRun)
     const auto& e = vxtest::engine(v);
     ASSERT_EQ(e.grid.groupCount, 1);
     if (GetParam().soa) {
-        EXPECT_EQ(e.grid.hostFields.start[0], 0);
-        EXPECT_EQ(e.grid.hostFields.end[0], 1);
-        EXPECT_EQ(e.grid.hostFields.count[0], 1);
+        const auto f = e.grid.copyFields();
+        ASSERT_EQ(f.start.size(), 1u);
+        EXPECT_EQ(f.start[0], 0);
+        EXPECT_EQ(f.end[0], 1);
+        EXPECT_EQ(f.count[0], 1);
     } else {
-        EXPECT_EQ(e.grid.hostGroups[0].start, 0);
-        EXPECT_EQ(e.grid.hostGroups[0].end, 1);
-        EXPECT_EQ(e.grid.hostGroups[0].count, 1);
+        const auto groups = e.grid.copyGroups();
+        ASSERT_EQ(groups.size(), 1u);
+        EXPECT_EQ(groups[0].start, 0);
+        EXPECT_EQ(groups[0].end, 1);
+        EXPECT_EQ(groups[0].count, 1);
     }
 }
 
@@ -134,11 +139,14 @@ TEST_P(Decomposition, RunsCoverTheSortedLinksExactly)
     decomposeQuietly(v, 1.5, 1.5, 1.5);
     const auto& e = vxtest::engine(v);
     const bool soa = GetParam().soa;
+    const auto fields = e.grid.copyFields();
+    const auto groups = e.grid.copyGroups();
+    const auto index = e.grid.copyIndex();
     long total = 0;
     for (int c = 0; c < e.grid.groupCount; ++c) {
-        const int start = soa ? e.grid.hostFields.start[c] : e.grid.hostGroups[c].start;
-        const int end = soa ? e.grid.hostFields.end[c] : e.grid.hostGroups[c].end;
-        const int count = soa ? e.grid.hostFields.count[c] : e.grid.hostGroups[c].count;
+        const int start = soa ? fields.start[c] : groups[c].start;
+        const int end = soa ? fields.end[c] : groups[c].end;
+        const int count = soa ? fields.count[c] : groups[c].count;
         if (start == -1) {
             EXPECT_EQ(end, -1);
             EXPECT_EQ(count, 0);
@@ -146,7 +154,7 @@ TEST_P(Decomposition, RunsCoverTheSortedLinksExactly)
         }
         EXPECT_EQ(count, end - start);
         for (int j = start; j < end; ++j)
-            EXPECT_EQ(soa ? e.grid.hostFields.group[j] : e.grid.hostIndex[j].group, c);
+            EXPECT_EQ(soa ? fields.group[j] : index[j].group, c);
         total += count;
     }
     EXPECT_EQ(total, 3000);
@@ -266,6 +274,47 @@ TEST_P(Decomposition, HostKeepsThePointsInInputOrder)
     }
 }
 
+TEST_P(Decomposition, ResultsOnTheBackendReachTheHostRecords)
+{
+    Vexaro<float> v;
+    configure(v, GetParam());
+    auto pts = randomCloud<float>(64, 4, 4, 4, 8);
+    v.loadDirectData(pts.data(), 64);
+    auto table = allowTable({1});
+    v.set_AllowedInputClasses(table.data(), 256);
+    decomposeQuietly(v, 1, 1, 1);
+    {
+        CaptureStdout quiet;
+        v.resetPointCloudClasses(5);
+    }
+    const auto back = points(v);
+    ASSERT_EQ(back.size(), pts.size());
+    for (std::size_t i = 0; i < pts.size(); ++i) {
+        EXPECT_EQ(back[i].classification, 5);
+        EXPECT_EQ(back[i].x, pts[i].x); // coordinates keep the records' values
+    }
+}
+
+TEST_P(Decomposition, ArraysOfAnEarlierCloudLeaveANewOneAsLoaded)
+{
+    Vexaro<float> v;
+    configure(v, GetParam());
+    auto first = randomCloud<float>(64, 4, 4, 4, 8);
+    v.loadDirectData(first.data(), 64);
+    auto table = allowTable({1, 3});
+    v.set_AllowedInputClasses(table.data(), 256);
+    decomposeQuietly(v, 1, 1, 1);
+    auto second = randomCloud<float>(64, 4, 4, 4, 9);
+    for (auto& p : second)
+        p.classification = 3;
+    v.loadDirectData(second.data(), 64);
+    {
+        CaptureStdout quiet;
+        v.resetPointCloudClasses(5); // no decomposition of the new cloud yet
+    }
+    EXPECT_EQ(classes(v), std::vector<int>(64, 3));
+}
+
 INSTANTIATE_TEST_SUITE_P(Grid, Decomposition, ::testing::ValuesIn(allSettings()), settingName);
 
 TEST(DecompositionLayouts, FieldAndRecordLayoutsGiveIdenticalLinksAndRuns)
@@ -288,19 +337,26 @@ TEST(DecompositionLayouts, FieldAndRecordLayoutsGiveIdenticalLinksAndRuns)
         const auto& a = vxtest::engine(aos);
         const auto& b = vxtest::engine(soa);
         ASSERT_EQ(a.grid.groupCount, b.grid.groupCount);
+        const auto index = a.grid.copyIndex();
+        const auto groups = a.grid.copyGroups();
+        const auto fields = b.grid.copyFields();
+        ASSERT_EQ(index.size(), static_cast<std::size_t>(s.n));
+        ASSERT_EQ(fields.pointIndex.size(), static_cast<std::size_t>(s.n));
         for (int j = 0; j < s.n; ++j) {
-            ASSERT_EQ(a.grid.hostIndex[j].pointIndex, b.grid.hostFields.pointIndex[j]);
-            ASSERT_EQ(a.grid.hostIndex[j].group, b.grid.hostFields.group[j]);
+            ASSERT_EQ(index[j].pointIndex, fields.pointIndex[j]);
+            ASSERT_EQ(index[j].group, fields.group[j]);
         }
+        ASSERT_EQ(groups.size(), static_cast<std::size_t>(a.grid.groupCount));
+        ASSERT_EQ(fields.start.size(), static_cast<std::size_t>(a.grid.groupCount));
         for (int c = 0; c < a.grid.groupCount; ++c) {
-            ASSERT_EQ(a.grid.hostGroups[c].start, b.grid.hostFields.start[c]);
-            ASSERT_EQ(a.grid.hostGroups[c].end, b.grid.hostFields.end[c]);
-            ASSERT_EQ(a.grid.hostGroups[c].count, b.grid.hostFields.count[c]);
+            ASSERT_EQ(groups[c].start, fields.start[c]);
+            ASSERT_EQ(groups[c].end, fields.end[c]);
+            ASSERT_EQ(groups[c].count, fields.count[c]);
         }
     }
 }
 
-TEST(DecompositionLayouts, FieldLayoutUploadsRecordsAndFieldArrays)
+TEST(DecompositionLayouts, FieldLayoutUploadsFieldArraysOnly)
 {
     Vexaro<float> v;
     configure(v, {"cpu", true});
@@ -308,9 +364,39 @@ TEST(DecompositionLayouts, FieldLayoutUploadsRecordsAndFieldArrays)
     v.loadDirectData(pts.data(), 64);
     decomposeQuietly(v, 1, 1, 1);
     const auto& e = vxtest::engine(v);
-    EXPECT_EQ(e.store.deviceRecords.size(), 64u);
+    EXPECT_TRUE(e.store.deviceRecords.empty());
     EXPECT_EQ(e.store.deviceFields.x.size(), 64u);
     EXPECT_EQ(e.store.deviceFields.classification.size(), 64u);
     EXPECT_EQ(e.store.deviceFields.lastReturn.size(), 64u);
-    EXPECT_EQ(e.store.fields.x.size(), 64u);
+    EXPECT_EQ(e.store.records.size(), 64u);
+}
+
+TEST(DecompositionLayouts, RecordLayoutUploadsRecordsOnly)
+{
+    Vexaro<float> v;
+    configure(v, {"cpu", false});
+    auto pts = randomCloud<float>(64, 4, 4, 4, 8);
+    v.loadDirectData(pts.data(), 64);
+    decomposeQuietly(v, 1, 1, 1);
+    const auto& e = vxtest::engine(v);
+    EXPECT_EQ(e.store.deviceRecords.size(), 64u);
+    EXPECT_FALSE(static_cast<bool>(e.store.deviceFields));
+}
+
+TEST(DecompositionLayouts, ChangingTheLayoutDropsTheArraysOfTheOther)
+{
+    Vexaro<float> v;
+    configure(v, {"cpu", true});
+    auto pts = randomCloud<float>(64, 4, 4, 4, 8);
+    v.loadDirectData(pts.data(), 64);
+    decomposeQuietly(v, 1, 1, 1);
+    v.set_SoA(false);
+    decomposeQuietly(v, 1, 1, 1);
+    const auto& e = vxtest::engine(v);
+    EXPECT_EQ(e.store.deviceRecords.size(), 64u);
+    EXPECT_FALSE(static_cast<bool>(e.store.deviceFields));
+    v.set_SoA(true);
+    decomposeQuietly(v, 1, 1, 1);
+    EXPECT_TRUE(e.store.deviceRecords.empty());
+    EXPECT_EQ(e.store.deviceFields.x.size(), 64u);
 }
