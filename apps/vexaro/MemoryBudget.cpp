@@ -12,7 +12,7 @@ namespace vx::app {
 uint64_t parseMemorySize(const std::string& text, const std::string& option)
 {
     const auto bad = [&] {
-        return UsageError(option + " takes a size such as 2G, 1.5G or 512M (at least 16M), not '" + text +
+        return UsageError(option + " takes a size such as 2G, 1.5G or 512M (at least 8M), not '" + text +
                           "'");
     };
     std::size_t used = 0;
@@ -43,7 +43,7 @@ uint64_t parseMemorySize(const std::string& text, const std::string& option)
     else if (!unit.empty())
         throw bad();
     const double bytes = value * factor;
-    if (!std::isfinite(bytes) || bytes < 16.0 * 1024 * 1024 || bytes > 1e18)
+    if (!std::isfinite(bytes) || bytes < 8.0 * 1024 * 1024 || bytes > 1e18)
         throw bad();
     return static_cast<uint64_t>(bytes);
 }

@@ -8,11 +8,12 @@
 namespace vx::app {
 
 /// Peak bytes a point costs while the pipeline classifies it on the host (the library's copies,
-/// the file's bytes and the tool's own), with room to spare; what tiles are sized by.
-constexpr double kBytesPerPoint = 320.0;
+/// the file's bytes and the tool's own: about 110 at a million points), with room to spare for
+/// uneven tiles; what tiles are sized by.
+constexpr double kBytesPerPoint = 160.0;
 
 /// "2G", "1.5G", "512M", "800K" or a plain number of bytes (binary multiples, case ignored);
-/// throws UsageError for anything else or a value under 16 MB.
+/// throws UsageError for anything else or a value under 8 MB.
 uint64_t parseMemorySize(const std::string& text, const std::string& option);
 
 /// Half of the machine's physical memory (1 GB when it cannot be read).

@@ -65,10 +65,10 @@ TEST(LazCli, LargeLazInTilesEqualsLargeLasInTiles)
     if (!vx::las::lazAvailable())
         GTEST_SKIP() << "built without LAZ support";
     sceneInBoth(56000, 2);
-    auto r = run({"classify", "scene.las", "-o", "tiled.las", "-q", "--memory", "16M", "--buffer", "30",
+    auto r = run({"classify", "scene.las", "-o", "tiled.las", "-q", "--memory", "8M", "--buffer", "30",
                   "--set", "HostThreads=1"});
     ASSERT_EQ(r.status, 0) << r.err;
-    r = run({"classify", "scene.laz", "-o", "tiled.laz", "-q", "--memory", "16M", "--buffer", "30", "--set",
+    r = run({"classify", "scene.laz", "-o", "tiled.laz", "-q", "--memory", "8M", "--buffer", "30", "--set",
              "HostThreads=1"});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_TRUE(compressed((scratch() / "tiled.laz").string()));

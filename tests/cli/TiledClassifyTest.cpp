@@ -193,10 +193,10 @@ TEST(TiledClassify, LargeFileInTilesKeepsOrderAndClasses)
     const auto scene = makeScene("scene", 120000, 2, 4);
     auto r = run({"classify", scene, "-o", "whole.las", "-q", "--set", "HostThreads=1"});
     ASSERT_EQ(r.status, 0) << r.err;
-    r = run({"classify", scene, "-o", "tiled.las", "--memory", "16M", "--buffer", "30", "--set",
+    r = run({"classify", scene, "-o", "tiled.las", "--memory", "8M", "--buffer", "30", "--set",
              "HostThreads=1"});
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.err.find("more than a memory budget of 16 MB holds"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("more than a memory budget of 8 MB holds"), std::string::npos) << r.err;
     const auto whole = pointsOf((scratch() / "whole.las").string());
     const auto tiled = pointsOf((scratch() / "tiled.las").string());
     const auto input = pointsOf(scene);
@@ -217,9 +217,9 @@ TEST(TiledClassify, LargeFileInTilesKeepsOrderAndClasses)
 TEST(TiledClassify, BudgetTooSmallForTheBufferIsRefused)
 {
     const auto scene = makeScene("scene", 60000, 20, 4);
-    const auto r = run({"classify", scene, "-o", "out.las", "-q", "--memory", "16M"});
+    const auto r = run({"classify", scene, "-o", "out.las", "-q", "--memory", "8M"});
     EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("a memory budget of 16 MB holds about"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("a memory budget of 8 MB holds about"), std::string::npos) << r.err;
     EXPECT_FALSE(fs::exists(scratch() / "out.las"));
     const auto bad = run({"classify", scene, "-o", "out.las", "--memory", "lots"});
     EXPECT_EQ(bad.status, 2);
