@@ -46,17 +46,25 @@ function(_vexaro_fetch_laszip_sources)
       return()
     endif()
     set(sdist ${deps}/laszip-${VEXARO_LASZIP_PYPI_VERSION}.tar.gz)
+    # A failed download is not retried on every reconfigure: without network each try costs time.
+    set(failed ${deps}/download-failed-${VEXARO_LASZIP_PYPI_VERSION}.txt)
+    if(NOT EXISTS ${sdist} AND EXISTS ${failed})
+      file(READ ${failed} why)
+      set(_vexaro_laz_reason "${why}; remove ${failed} to try again" PARENT_SCOPE)
+      return()
+    endif()
     if(NOT EXISTS ${sdist})
       message(STATUS "LAZ support: fetching the LASzip sources (laszip ${VEXARO_LASZIP_PYPI_VERSION} from PyPI)")
       execute_process(
-        COMMAND ${Python3_EXECUTABLE} -m pip download --quiet --disable-pip-version-check --no-binary :all:
-                --no-deps laszip==${VEXARO_LASZIP_PYPI_VERSION} -d ${deps}
+        COMMAND ${Python3_EXECUTABLE} -m pip download --quiet --disable-pip-version-check --timeout 20 --retries 1
+                --no-binary :all: --no-deps laszip==${VEXARO_LASZIP_PYPI_VERSION} -d ${deps}
         RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err TIMEOUT 300)
       if(NOT result EQUAL 0 OR NOT EXISTS ${sdist})
         string(STRIP "${err}" err)
         string(REGEX REPLACE "\n.*" "" err "${err}")
-        set(_vexaro_laz_reason "pip could not download laszip ${VEXARO_LASZIP_PYPI_VERSION} from PyPI (${result}: ${err})"
-          PARENT_SCOPE)
+        set(why "pip could not download laszip ${VEXARO_LASZIP_PYPI_VERSION} from PyPI (${result}: ${err})")
+        file(WRITE ${failed} "${why}")
+        set(_vexaro_laz_reason "${why}" PARENT_SCOPE)
         return()
       endif()
     endif()

@@ -134,6 +134,20 @@ TEST(LazCorrupt, FailedLazWritesLeaveNoFile)
     EXPECT_EQ(laztest::folderEntries(folder), std::vector<std::string>{"taken.laz"});
 }
 
+TEST(LazCorrupt, CompressionBitWithoutLaszipVlrIsRefused)
+{
+    // Checked before LASzip is needed, so with or without LAZ support.
+    const std::string folder = laztest::scratchFolder("novlr");
+    auto bytes = laztest::makeFile(2, 3, 10).bytes();
+    bytes[104] |= 0x80;
+    const std::string path = folder + "/bare.laz";
+    laztest::putBytes(path, bytes);
+    const std::string keyword = "marked LAZ-compressed but the file has no LASzip VLR";
+    EXPECT_NE(messageOf([&] { LasFile::read(path); }).find(path + ": the point format is " + keyword),
+              std::string::npos);
+    EXPECT_NE(messageOf([&] { RecordReader r(path); }).find(keyword), std::string::npos);
+}
+
 TEST(LazMissing, WithoutLazSupportLazNamesAreRefusedSayingHowToEnableIt)
 {
     if (vx::las::lazAvailable())

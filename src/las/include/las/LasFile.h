@@ -53,9 +53,14 @@ uint16_t formatRecordSize(uint8_t pointFormat);
 
 class LasFile {
 public:
-    /// Reads a whole file; throws vexaro::LasError naming the file and the problem.
+    /// Reads a whole file; throws vexaro::LasError naming the file and the problem. A LAZ file
+    /// (LASzip's compression bits in the point format) is decoded into the equivalent uncompressed
+    /// file (RecordReader::preamble() and the records); it must be named .laz, in any case, and
+    /// LAZ support must be built in (lazAvailable()). A .laz name holding uncompressed LAS reads
+    /// as LAS.
     static LasFile read(const std::string& path);
     /// The same checks on bytes already in memory; `name` stands for the file in messages.
+    /// LAZ-compressed bytes are refused: only read() decodes them.
     static LasFile fromMemory(std::vector<uint8_t> bytes, const std::string& name);
     /// An empty file of LAS 1.versionMinor and the given point format, without VLRs.
     static LasFile create(uint8_t versionMinor, uint8_t pointFormat, const double scale[3],
@@ -79,7 +84,10 @@ public:
     /// change. Throws when values does not hold one value a record or the layout cannot grow.
     LasFile withExtraFloat(const std::string& name, const std::string& description,
                            const std::vector<float>& values) const;
-    /// Writes the bytes as held; throws when the file cannot be written.
+    /// Writes the bytes as held, or a LAZ file of the same header, VLRs and records when the path
+    /// ends in ".laz" (any case; without EVLRs, and throwing when LAZ support is not built in).
+    /// The file is written under a temporary name in the same folder and renamed when complete:
+    /// on failure nothing is left under either name. Throws vexaro::LasError naming the path.
     void write(const std::string& path) const;
 
     const LasHeader& header() const { return header_; }
