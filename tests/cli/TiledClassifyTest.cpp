@@ -193,8 +193,8 @@ TEST(TiledClassify, LargeFileInTilesKeepsOrderAndClasses)
     const auto scene = makeScene("scene", 120000, 2, 4);
     auto r = run({"classify", scene, "-o", "whole.las", "-q", "--set", "HostThreads=1"});
     ASSERT_EQ(r.status, 0) << r.err;
-    r = run({"classify", scene, "-o", "tiled.las", "--memory", "8M", "--buffer", "30", "--set",
-             "HostThreads=1"});
+    r = run(
+        {"classify", scene, "-o", "tiled.las", "--memory", "8M", "--buffer", "30", "--set", "HostThreads=1"});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.err.find("more than a memory budget of 8 MB holds"), std::string::npos) << r.err;
     const auto whole = pointsOf((scratch() / "whole.las").string());
