@@ -2,6 +2,9 @@
 
 #include "exec/Backend.h"
 
+#include <cstdio>
+#include <sys/wait.h>
+
 namespace vxtest {
 
 std::vector<std::string> CaptureStdout::lines() const
@@ -53,6 +56,34 @@ std::vector<int> allowTable(std::initializer_list<int> admitted)
 std::string dataFile(const std::string& name)
 {
     return std::string(VEXARO_DATA_DIR) + "/" + name;
+}
+
+CommandResult runCommand(const std::string& command)
+{
+    CommandResult r;
+    std::FILE* p = ::popen((command + " 2>&1").c_str(), "r");
+    if (!p)
+        return r;
+    char buffer[4096];
+    while (std::size_t n = std::fread(buffer, 1, sizeof buffer, p))
+        r.out.append(buffer, n);
+    const int status = ::pclose(p);
+    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return r;
+}
+
+std::string laspyPython(std::string& why)
+{
+    static const CommandResult venv = runCommand(std::string("bash '") + VEXARO_SOURCE_DIR +
+                                                 "/tests/laz/laspy_venv.sh' '" + VEXARO_BINARY_DIR + "'");
+    if (venv.status != 0) {
+        why = venv.out;
+        return "";
+    }
+    std::string python = venv.out;
+    while (!python.empty() && (python.back() == '\n' || python.back() == '\r'))
+        python.pop_back();
+    return python;
 }
 
 } // namespace vxtest

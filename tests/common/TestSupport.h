@@ -123,4 +123,16 @@ std::vector<int> allowTable(std::initializer_list<int> admitted);
 /// Path of a sample file of the shared data folder.
 std::string dataFile(const std::string& name);
 
+/// A command's exit status and everything it printed (standard output and error).
+struct CommandResult {
+    int status = -1;
+    std::string out;
+};
+CommandResult runCommand(const std::string& command);
+
+/// The python of the build folder's virtual environment holding laspy and lazrs, the independent
+/// LAS/LAZ reader the codec is checked against (tests/laz/laspy_venv.sh makes it on first use), or
+/// empty with the reason in `why` when it cannot be had.
+std::string laspyPython(std::string& why);
+
 } // namespace vxtest

@@ -2,6 +2,7 @@
 // points, and files written there decode here to the same points. The peer lives in a virtual
 // environment of the build folder (tests/laz/laspy_venv.sh); the tests skip when it cannot be had.
 #include "RecordTestFiles.h"
+#include "common/TestSupport.h"
 #include "las/RecordStream.h"
 
 #include <gtest/gtest.h>
@@ -15,39 +16,8 @@ using vx::las::LasFile;
 
 namespace {
 
-struct Command {
-    int status = -1;
-    std::string out;
-};
-
-Command runCommand(const std::string& command)
-{
-    Command r;
-    std::FILE* p = ::popen((command + " 2>&1").c_str(), "r");
-    if (!p)
-        return r;
-    char buffer[4096];
-    while (std::size_t n = std::fread(buffer, 1, sizeof buffer, p))
-        r.out.append(buffer, n);
-    const int status = ::pclose(p);
-    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return r;
-}
-
-/// The peer's python, or empty with the reason in `why`.
-std::string peerPython(std::string& why)
-{
-    static Command venv = runCommand(std::string("bash '") + VEXARO_SOURCE_DIR +
-                                     "/tests/laz/laspy_venv.sh' '" + VEXARO_BINARY_DIR + "'");
-    if (venv.status != 0) {
-        why = venv.out;
-        return "";
-    }
-    std::string python = venv.out;
-    while (!python.empty() && (python.back() == '\n' || python.back() == '\r'))
-        python.pop_back();
-    return python;
-}
+using vxtest::CommandResult;
+using vxtest::runCommand;
 
 std::string peerScript()
 {
@@ -94,7 +64,7 @@ void expectSamePoints(const LasFile& ours, const std::vector<PeerPoint>& theirs)
         GTEST_SKIP()                                                                                         \
             << "LAZ support is not built in (LASzip neither installed nor fetched at configure time)";       \
     std::string why;                                                                                         \
-    const std::string python = peerPython(why);                                                              \
+    const std::string python = vxtest::laspyPython(why);                                                     \
     if (python.empty())                                                                                      \
     GTEST_SKIP() << "laspy with lazrs is not available: " << why
 
@@ -110,7 +80,7 @@ TEST(LazPeer, LaspyDecodesOurLazToTheSamePoints)
         const LasFile las = laztest::makeFile(minor, format, 2000, 5u + format);
         const std::string laz = folder + "/ours.laz", dump = folder + "/dump.txt";
         las.write(laz);
-        const Command r =
+        const CommandResult r =
             runCommand("'" + python + "' '" + peerScript() + "' dump '" + laz + "' '" + dump + "'");
         ASSERT_EQ(r.status, 0) << r.out;
         expectSamePoints(las, readDump(dump));
@@ -135,8 +105,8 @@ TEST(LazPeer, OurReaderDecodesLaspyLazToTheSamePoints)
                     << expected.numberOfReturns(i) << ' ' << expected.classification(i) << ' '
                     << expected.gpsTime(i) << '\n';
         }
-        const Command r = runCommand("'" + python + "' '" + peerScript() + "' make '" + text + "' '" + laz +
-                                     "' " + std::to_string(format));
+        const CommandResult r = runCommand("'" + python + "' '" + peerScript() + "' make '" + text + "' '" +
+                                           laz + "' " + std::to_string(format));
         ASSERT_EQ(r.status, 0) << r.out;
         const LasFile theirs = LasFile::read(laz);
         EXPECT_EQ(theirs.header().pointFormat, format);
