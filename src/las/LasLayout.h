@@ -71,6 +71,16 @@ inline std::string text(const uint8_t* p, std::size_t n)
 /// Throws vexaro::LasError "<name>: <problem>".
 [[noreturn]] void fail(const std::string& name, const std::string& problem);
 
+/// Opens a file to read and tells its size (0 for anything that is not a regular file, whose
+/// size is unknown); throws vexaro::LasError naming `path` when it cannot be opened or is a
+/// folder. The caller closes the descriptor.
+int openForReading(const std::string& path, uint64_t& regularSize);
+
+/// Reads n bytes from the descriptor, at `offset` (pread) or, with a negative offset, where it
+/// stands; returns fewer only at the end of the file. Throws vexaro::LasError naming `path` when
+/// the system refuses.
+std::size_t readBytes(int fd, uint8_t* out, std::size_t n, int64_t offset, const std::string& path);
+
 /// Offset of the GPS time in a record of the format, or 0 when the format has none.
 inline std::size_t gpsTimeOffset(uint8_t format)
 {

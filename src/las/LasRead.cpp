@@ -26,6 +26,33 @@ struct Descriptor {
 
 std::vector<uint8_t> readAll(const std::string& path)
 {
+    uint64_t size = 0;
+    Descriptor in{detail::openForReading(path, size)};
+
+    // One allocation of the size the file system reports; anything that is not a regular file
+    // (a pipe, say) grows the buffer as data arrives. A full buffer is usually the end: a one-byte
+    // probe confirms it instead of doubling the buffer.
+    std::vector<uint8_t> bytes(size > 0 ? static_cast<std::size_t>(size) : std::size_t{1} << 16);
+    std::size_t filled = 0;
+    for (;;) {
+        const std::size_t want = bytes.size() - filled;
+        filled += detail::readBytes(in.fd, bytes.data() + filled, want, -1, path);
+        if (filled < bytes.size())
+            break;
+        uint8_t probe;
+        if (detail::readBytes(in.fd, &probe, 1, -1, path) == 0)
+            break;
+        bytes.resize(bytes.size() * 2);
+        bytes[filled++] = probe;
+    }
+    bytes.resize(filled);
+    return bytes;
+}
+
+} // namespace
+
+int detail::openForReading(const std::string& path, uint64_t& regularSize)
+{
     Descriptor in{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
     if (in.fd < 0)
         detail::fail(path, std::string("cannot open the file (") + std::strerror(errno) + ")");
@@ -34,30 +61,19 @@ std::vector<uint8_t> readAll(const std::string& path)
         detail::fail(path, std::string("cannot read the file (") + std::strerror(errno) + ")");
     if (S_ISDIR(st.st_mode))
         detail::fail(path, "cannot read the file (it is a directory)");
+    regularSize = S_ISREG(st.st_mode) && st.st_size > 0 ? static_cast<uint64_t>(st.st_size) : 0;
+    const int fd = in.fd;
+    in.fd = -1;
+    return fd;
+}
 
-    // One allocation of the size the file system reports; anything that is not a regular file
-    // (a pipe, say) grows the buffer as data arrives.
-    std::vector<uint8_t> bytes;
+std::size_t detail::readBytes(int fd, uint8_t* out, std::size_t n, int64_t offset, const std::string& path)
+{
     std::size_t filled = 0;
-    bytes.resize(S_ISREG(st.st_mode) && st.st_size > 0 ? static_cast<std::size_t>(st.st_size) : 1 << 16);
-    for (;;) {
-        if (filled == bytes.size()) {
-            if (S_ISREG(st.st_mode) && filled == static_cast<std::size_t>(st.st_size)) {
-                // The expected end: confirm it with a small probe instead of doubling the buffer.
-                uint8_t probe;
-                const ssize_t got = ::read(in.fd, &probe, 1);
-                if (got == 0)
-                    break;
-                if (got < 0 && errno == EINTR)
-                    continue;
-                if (got < 0)
-                    detail::fail(path, std::string("cannot read the file (") + std::strerror(errno) + ")");
-                bytes.push_back(probe);
-                ++filled;
-            }
-            bytes.resize(bytes.size() * 2);
-        }
-        const ssize_t got = ::read(in.fd, bytes.data() + filled, bytes.size() - filled);
+    while (filled < n) {
+        const ssize_t got = offset < 0 ? ::read(fd, out + filled, n - filled)
+                                       : ::pread(fd, out + filled, n - filled,
+                                                 static_cast<off_t>(offset + static_cast<int64_t>(filled)));
         if (got == 0)
             break;
         if (got < 0) {
@@ -67,11 +83,8 @@ std::vector<uint8_t> readAll(const std::string& path)
         }
         filled += static_cast<std::size_t>(got);
     }
-    bytes.resize(filled);
-    return bytes;
+    return filled;
 }
-
-} // namespace
 
 LasFile LasFile::read(const std::string& path)
 {

@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vx::las {
@@ -17,22 +15,10 @@ namespace {
 /// Every header fits this many bytes (its size is a 16-bit field).
 constexpr std::size_t kHeaderWindow = 1 << 16;
 
-/// Reads exactly n bytes at offset, or fewer at the end of the file.
+/// Reads n bytes at offset, or fewer at the end of the file.
 std::size_t readAt(int fd, uint8_t* out, std::size_t n, uint64_t offset, const std::string& path)
 {
-    std::size_t filled = 0;
-    while (filled < n) {
-        const ssize_t got = ::pread(fd, out + filled, n - filled, static_cast<off_t>(offset + filled));
-        if (got == 0)
-            break;
-        if (got < 0) {
-            if (errno == EINTR)
-                continue;
-            detail::fail(path, std::string("cannot read the file (") + std::strerror(errno) + ")");
-        }
-        filled += static_cast<std::size_t>(got);
-    }
-    return filled;
+    return detail::readBytes(fd, out, n, static_cast<int64_t>(offset), path);
 }
 
 /// "named .las", or "has no extension", for a message.
@@ -132,15 +118,8 @@ RecordReader::RecordReader(const std::string& path) : state_(std::make_unique<St
 {
     State& s = *state_;
     s.path = path;
-    s.fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (s.fd < 0)
-        detail::fail(path, std::string("cannot open the file (") + std::strerror(errno) + ")");
-    struct stat st {};
-    if (::fstat(s.fd, &st) != 0)
-        detail::fail(path, std::string("cannot read the file (") + std::strerror(errno) + ")");
-    if (S_ISDIR(st.st_mode))
-        detail::fail(path, "cannot read the file (it is a directory)");
-    const uint64_t fileSize = static_cast<uint64_t>(st.st_size);
+    uint64_t fileSize = 0;
+    s.fd = detail::openForReading(path, fileSize);
 
     std::vector<uint8_t> raw(static_cast<std::size_t>(std::min<uint64_t>(fileSize, kHeaderWindow)));
     raw.resize(readAt(s.fd, raw.data(), raw.size(), 0, path));
