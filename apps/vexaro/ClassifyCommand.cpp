@@ -31,7 +31,7 @@ bool namesTiles(const std::vector<std::string>& inputs)
             !std::filesystem::exists(inputs.front(), ec));
 }
 
-double bufferWidth(const std::string& text)
+double parseBufferMetres(const std::string& text)
 {
     try {
         std::size_t used = 0;
@@ -70,7 +70,7 @@ int classifyCommand(const Arguments& arguments)
         else if (t == "--memory")
             tiled.memory = parseMemorySize(args.value(t), t);
         else if (t == "--buffer")
-            tiled.bufferMetres = bufferWidth(args.value(t));
+            tiled.bufferMetres = parseBufferMetres(args.value(t));
         else if (t == "--resume")
             tiled.resume = true;
         else if (parseRunOption(args, t, run))

@@ -22,11 +22,7 @@ uint64_t classifyOneTile(const std::vector<TileFile>& files, std::size_t k, cons
 {
     const TileFile& tile = files[k];
     const auto headerFile = headerFileOf(tile.path, work);
-    const double reach = options.bufferMetres >= 0
-                             ? options.bufferMetres / metresPer(tiles.run.units != LengthUnit::Unknown
-                                                                    ? tiles.run.units
-                                                                    : unitsOfFile(headerFile).horizontal)
-                             : stepReach(headerFile, tiles.run);
+    const double reach = bufferWidth(headerFile, tiles.run, options.bufferMetres);
     const std::string stem = "tile-" + std::to_string(k);
     const std::string buffered = work.file(stem + ".las"), classified = work.file(stem + "-classified.las");
     std::size_t own = 0, ring = 0;

@@ -159,11 +159,7 @@ int classifyLargeFile(const TiledOptions& options, TileSettings tiles, uint64_t 
     const uint64_t budget = options.memory ? options.memory : defaultMemoryBudget();
     WorkFolder work(fs::absolute(options.output).parent_path());
     const auto headerFile = headerFileOf(input, work);
-    const double reach = options.bufferMetres >= 0
-                             ? options.bufferMetres / metresPer(tiles.run.units != LengthUnit::Unknown
-                                                                    ? tiles.run.units
-                                                                    : unitsOfFile(headerFile).horizontal)
-                             : stepReach(headerFile, tiles.run);
+    const double reach = bufferWidth(headerFile, tiles.run, options.bufferMetres);
     // The reader's header: a header file of no points has no bounds.
     const TileGrid grid =
         planTiles(vx::las::RecordReader(input).header(), reach, pointsWithin(budget), budget);

@@ -124,8 +124,11 @@ void copyLeadingRecords(const std::string& from, std::size_t n, const std::strin
     out.finish();
 }
 
-double stepReach(const vx::las::LasFile& headerFile, const RunOptions& run)
+double bufferWidth(const vx::las::LasFile& headerFile, const RunOptions& run, double metresGiven)
 {
+    const LengthUnit unit = run.units != LengthUnit::Unknown ? run.units : unitsOfFile(headerFile).horizontal;
+    if (metresGiven >= 0)
+        return metresGiven / metresPer(unit);
     double window = 0;
     if (run.preset == "auto") {
         window = std::max(presetNamed("general").terrainWindow, presetNamed("mountain").terrainWindow);
@@ -133,9 +136,7 @@ double stepReach(const vx::las::LasFile& headerFile, const RunOptions& run)
         window = presetNamed(run.preset).terrainWindow;
     }
     PipelineOptions defaults;
-    const double metres = std::max(1.5 * window, defaults.seedCellSize);
-    const LengthUnit unit = run.units != LengthUnit::Unknown ? run.units : unitsOfFile(headerFile).horizontal;
-    return metres / metresPer(unit);
+    return std::max(1.5 * window, defaults.seedCellSize) / metresPer(unit);
 }
 
 vx::las::LasFile headerFileOf(const std::string& path, const WorkFolder& work)

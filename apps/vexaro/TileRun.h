@@ -51,9 +51,10 @@ void classifyTileFile(const TileSettings& tiles, const std::string& input, const
 /// Writes the first n records of `from` (with its header and VLRs) to `to`, LAS or LAZ by name.
 void copyLeadingRecords(const std::string& from, std::size_t n, const std::string& to);
 
-/// The plan reach of every step around a point in the file's units: the widest window of the
-/// terrain step, which is also wider than the seed columns and every neighbourhood search.
-double stepReach(const vx::las::LasFile& headerFile, const RunOptions& run);
+/// Width of the buffer ring in the file's units: metresGiven when not negative (--buffer), else
+/// the plan reach of every step around a point: the widest window of the terrain step, which is
+/// also wider than the seed columns and every neighbourhood search.
+double bufferWidth(const vx::las::LasFile& headerFile, const RunOptions& run, double metresGiven);
 
 /// The header and VLRs of a LAS or LAZ file without its points, as a LasFile of no records.
 vx::las::LasFile headerFileOf(const std::string& path, const WorkFolder& work);

@@ -188,6 +188,17 @@ void pointFromRecord(const uint8_t* r, const LasHeader& h, laszip_point& p)
         std::memcpy(p.extra_bytes, r + at, h.recordLength - at);
 }
 
+/// Throws unless LASzip's point holds the extra bytes that records of the header carry after the
+/// format's standard fields.
+void requireExtraBytesRoom(const laszip_point* point, const LasHeader& h, const std::string& name)
+{
+    const std::size_t standard = formatRecordSize(h.pointFormat);
+    if (h.recordLength > standard && (point->extra_bytes == nullptr ||
+                                      point->num_extra_bytes != static_cast<int>(h.recordLength - standard)))
+        fail(name, "LASzip offers no room for the " + std::to_string(h.recordLength - standard) +
+                       " extra bytes of each record");
+}
+
 } // namespace
 
 bool lazBuiltIn()
@@ -220,12 +231,7 @@ LazDecoder::LazDecoder(const std::string& path, const LasHeader& h) : state_(std
         fail(path, "LASzip decodes point format " + std::to_string(lh->point_data_format & 0x3F) + " of " +
                        std::to_string(lh->point_data_record_length) + " bytes where the header says format " +
                        std::to_string(h.pointFormat) + " of " + std::to_string(h.recordLength) + " bytes");
-    const std::size_t standard = formatRecordSize(h.pointFormat);
-    if (h.recordLength > standard &&
-        (s.point->extra_bytes == nullptr ||
-         s.point->num_extra_bytes != static_cast<int>(h.recordLength - standard)))
-        fail(path, "LASzip decodes no room for the " + std::to_string(h.recordLength - standard) +
-                       " extra bytes of each record");
+    requireExtraBytesRoom(s.point, h, path);
 }
 
 LazDecoder::~LazDecoder() = default;
@@ -318,12 +324,7 @@ LazEncoder::LazEncoder(const std::string& target, const std::string& name,
     s.handle.writing = true;
     if (laszip_get_point_pointer(s.handle.zip, &s.point) != 0)
         fail(name, "LASzip cannot write the file: " + laszipError(s.handle.zip));
-    const std::size_t standard = formatRecordSize(h.pointFormat);
-    if (h.recordLength > standard &&
-        (s.point->extra_bytes == nullptr ||
-         s.point->num_extra_bytes != static_cast<int>(h.recordLength - standard)))
-        fail(name, "LASzip offers no room for the " + std::to_string(h.recordLength - standard) +
-                       " extra bytes of each record");
+    requireExtraBytesRoom(s.point, h, name);
 }
 
 LazEncoder::~LazEncoder() = default;

@@ -11,19 +11,11 @@
 #include <string>
 #include <vector>
 
+using clitest::classesOf;
 using clitest::run;
 using clitest::scratch;
 
 namespace {
-
-std::vector<int> classesOf(const std::string& path)
-{
-    const auto file = vx::las::LasFile::read(path);
-    std::vector<int> classes(file.size());
-    for (std::size_t i = 0; i < file.size(); ++i)
-        classes[i] = file.classification(i);
-    return classes;
-}
 
 struct SceneCase {
     const char* kind;

@@ -1,5 +1,7 @@
 #include "CliTestSupport.h"
 
+#include <las/LasFile.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -78,6 +80,15 @@ std::string writeText(const std::string& name, const std::string& text)
     const fs::path path = scratch() / name;
     std::ofstream(path) << text;
     return path.string();
+}
+
+std::vector<int> classesOf(const std::string& path)
+{
+    const auto file = vx::las::LasFile::read(path);
+    std::vector<int> out(file.size());
+    for (std::size_t i = 0; i < file.size(); ++i)
+        out[i] = file.classification(i);
+    return out;
 }
 
 std::string readText(const fs::path& path)

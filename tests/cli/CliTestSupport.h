@@ -28,6 +28,8 @@ std::string sample(const std::string& name);
 /// Writes text to a file of the scratch folder and returns its path.
 std::string writeText(const std::string& name, const std::string& text);
 
+/// The class of every point of a LAS or LAZ file, in file order.
+std::vector<int> classesOf(const std::string& path);
 /// Whole content of a file.
 std::string readText(const std::filesystem::path& path);
 

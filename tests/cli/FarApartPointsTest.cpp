@@ -11,6 +11,7 @@
 #include <random>
 #include <sys/resource.h>
 
+using clitest::classesOf;
 using clitest::run;
 using clitest::scratch;
 
@@ -44,15 +45,6 @@ void addPatch(std::vector<Spot>& spots, int n, double x0, double y0, double w, d
         const double x = x0 + w * u(rng), y = y0 + h * u(rng);
         spots.push_back({x, y, 100.0 + 0.05 * std::sin(x) * std::cos(y)});
     }
-}
-
-std::vector<int> classesOf(const std::string& path)
-{
-    const auto file = vx::las::LasFile::read(path);
-    std::vector<int> out(file.size());
-    for (std::size_t i = 0; i < file.size(); ++i)
-        out[i] = file.classification(i);
-    return out;
 }
 
 /// Largest resident set of the children run so far, in megabytes.

@@ -8,19 +8,11 @@
 #include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
+using clitest::classesOf;
 using clitest::run;
 using clitest::scratch;
 
 namespace {
-
-std::vector<int> classesOf(const std::string& path)
-{
-    const auto f = vx::las::LasFile::read(path);
-    std::vector<int> out(f.size());
-    for (std::size_t i = 0; i < f.size(); ++i)
-        out[i] = f.classification(i);
-    return out;
-}
 
 /// A scene in LAS and the same in LAZ; returns the LAS path.
 std::string sceneInBoth(int points, double density)

@@ -11,24 +11,11 @@
 #include <functional>
 #include <sys/stat.h>
 
+using laztest::messageOf;
 using vx::las::LasFile;
 using vx::las::RecordReader;
 
-#define SKIP_WITHOUT_LAZ()                                                                                   \
-    if (!vx::las::lazAvailable())                                                                            \
-    GTEST_SKIP() << "LAZ support is not built in (LASzip neither installed nor fetched at configure time)"
-
 namespace {
-
-std::string messageOf(const std::function<void()>& f)
-{
-    try {
-        f();
-    } catch (const vexaro::LasError& e) {
-        return e.what();
-    }
-    return "(no LasError)";
-}
 
 /// Reads every record of the file through RecordReader, 1000 at a time.
 void readAllRecords(const std::string& path)

@@ -13,10 +13,6 @@
 using vx::las::LasFile;
 using vx::las::RecordReader;
 
-#define SKIP_WITHOUT_LAZ()                                                                                   \
-    if (!vx::las::lazAvailable())                                                                            \
-    GTEST_SKIP() << "LAZ support is not built in (LASzip neither installed nor fetched at configure time)"
-
 namespace {
 
 struct Case {

@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using laztest::messageOf;
 using vx::las::LasFile;
 using vx::las::RecordReader;
 using vx::las::RecordWriter;
@@ -29,16 +30,6 @@ std::vector<uint8_t> readInBatches(RecordReader& r, std::size_t batch)
         all.insert(all.end(), buffer.begin(),
                    buffer.begin() + static_cast<std::ptrdiff_t>(got * r.recordLength()));
     return all;
-}
-
-std::string messageOf(const std::function<void()>& f)
-{
-    try {
-        f();
-    } catch (const vexaro::LasError& e) {
-        return e.what();
-    }
-    return "(no LasError)";
 }
 
 struct Case {

@@ -109,4 +109,14 @@ bool exists(const std::string& path)
     return ::stat(path.c_str(), &st) == 0;
 }
 
+std::string messageOf(const std::function<void()>& f)
+{
+    try {
+        f();
+    } catch (const vexaro::LasError& e) {
+        return e.what();
+    }
+    return "(no LasError)";
+}
+
 } // namespace laztest

@@ -3,9 +3,19 @@
 
 #include "las/LasFile.h"
 
+#include "las/RecordStream.h"
+
+#include <gtest/gtest.h>
+
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
+
+/// Skips the running test where the build has no LAZ support.
+#define SKIP_WITHOUT_LAZ()                                                                                   \
+    if (!vx::las::lazAvailable())                                                                            \
+    GTEST_SKIP() << "LAZ support is not built in (LASzip neither installed nor fetched at configure time)"
 
 namespace laztest {
 
@@ -20,5 +30,7 @@ std::vector<std::string> folderEntries(const std::string& folder);
 std::vector<uint8_t> fileBytes(const std::string& path);
 void putBytes(const std::string& path, const std::vector<uint8_t>& bytes);
 bool exists(const std::string& path);
+/// The message of the vexaro::LasError that f throws, or "(no LasError)".
+std::string messageOf(const std::function<void()>& f);
 
 } // namespace laztest
