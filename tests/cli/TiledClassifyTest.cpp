@@ -108,6 +108,10 @@ TEST(TiledClassify, NineTilesWithBuffersMatchTheMergedScene)
     ASSERT_EQ(r.status, 0) << r.err;
     r = run({"classify", "tiles", "-o", "out", "--set", "HostThreads=1"});
     ASSERT_EQ(r.status, 0) << r.err;
+    // A progress line a tile: tiles and points done, the rate and the time left.
+    EXPECT_NE(r.err.find("tiles 1/9, "), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find(" M points/s, "), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find(" s left"), std::string::npos) << r.err;
     EXPECT_NE(r.err.find("tiles 9/9"), std::string::npos) << r.err;
     ASSERT_EQ(std::distance(fs::directory_iterator(scratch() / "out"), fs::directory_iterator{}), 9);
 
@@ -153,6 +157,9 @@ TEST(TiledClassify, ResumeSkipsTilesAlreadyDone)
     cutIntoTiles(scene, scratch() / "tiles", 2, 1);
     auto r = run({"classify", (scratch() / "tiles").string(), "-o", "out", "-q"});
     ASSERT_EQ(r.status, 0) << r.err;
+    // -q silences the progress lines and the summary.
+    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(r.out, "");
     const fs::path first = scratch() / "out" / "tile-0-0.las", second = scratch() / "out" / "tile-1-0.las";
     const std::string firstBytes = bytesOf(first);
     fs::remove(first);
