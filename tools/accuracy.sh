@@ -11,6 +11,8 @@
 #                            at 1 and 2 pts/m2 get half, the one at 0.2 pts/m2 a fifth
 #   VEXARO_ACCURACY_SEED     seed of every scene (default 1)
 #   VEXARO_ACCURACY_OUT      output folder (default: BUILD_DIR/accuracy), emptied first
+#   VEXARO_ACCURACY_ARGS     further arguments of every `vexaro classify` (e.g. "--preset city",
+#                            "--set TerrainSlope=0.4"), split at spaces
 # Output folder: ref/ (references: links to the samples, the scenes' truth files), input/ (the
 # scenes as a classifier gets them), result/ (NAME.las classified, NAME.seconds its time, NAME.log
 # the tool's output), table.txt and table.csv (the eval table).
@@ -85,7 +87,9 @@ fi
 for input in "${inputs[@]}"; do
     name=$(basename "$input" .las)
     start=$(date +%s.%N)
-    if "$vexaro" classify "$input" -o "$out/result/$name.las" -q >"$out/result/$name.log" 2>&1; then
+    # shellcheck disable=SC2086 # the extra arguments are meant to split at spaces
+    if "$vexaro" classify "$input" -o "$out/result/$name.las" -q ${VEXARO_ACCURACY_ARGS:-} \
+        >"$out/result/$name.log" 2>&1; then
         end=$(date +%s.%N)
         awk -v a="$start" -v b="$end" 'BEGIN { printf "%.3f\n", b - a }' >"$out/result/$name.seconds"
     else

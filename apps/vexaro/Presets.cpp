@@ -81,6 +81,9 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     out.push_back({"TerrainSlope", preset.terrainSlope * v / h, "preset (rise per run)"});
     out.push_back({"TerrainClimb", preset.terrainClimb * v / h, "preset (rise per run; 0: off)"});
     height("TerrainClimbMaxRise", preset.climbMaxRise, "preset (metres; 0: no limit)");
+    height("TerrainObjectMaxRise", 15.0,
+           "15 m: a roof rises from its eaves by a few metres and ends at a wall; a hill, headland or "
+           "slope that the window cuts climbs on further");
     height("TerrainStepHeight", 0.3, "0.3 m: above the roughness of bare ground");
     height("TerrainGroundDistance", 0.3,
            "0.3 m: above the roughness of bare ground and the surface's error between cell centres; "

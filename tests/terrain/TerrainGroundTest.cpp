@@ -1,5 +1,5 @@
 // The terrain-surface ground step on small built scenes: a hall wider than any seed column, a
-// slope with a terrace, and the refusals that leave the classes as they were.
+// slope with a terrace, a headland above a cliff, and the refusals that leave the classes as they were.
 #include <Vexaro.h>
 
 #include <gtest/gtest.h>
@@ -101,6 +101,66 @@ TEST(TerrainGround, SlopeWithATerraceStaysGroundWithTheClimb)
     for (int c : classes)
         lost += c != 2;
     EXPECT_EQ(lost, 0);
+}
+
+/// 160 m x 60 m at 1 m spacing: a beach at 0 m with a headland 20 m wide for x > 130 that
+/// stands on cliffs of 12 m and rises on by 0.7 m per metre to the edge of the data at x = 160
+/// (33 m), and a flat 40 m x 30 m roof 9 m high on the beach.
+std::vector<VX_Point<float>> headlandScene()
+{
+    std::vector<VX_Point<float>> pts;
+    for (int i = 0; i < 160; ++i)
+        for (int j = 0; j < 60; ++j) {
+            const double x = i + 0.5, y = j + 0.5;
+            double z = 0.02 * std::sin(i * 1.7 + j);
+            if (x > 130 && y > 20 && y < 40)
+                z = 12.0 + 0.7 * (x - 130);
+            else if (x > 20 && x < 60 && y > 15 && y < 45)
+                z = 9.0;
+            pts.push_back(point<float>(x, y, z));
+        }
+    return pts;
+}
+
+void mountainTerrain(Vexaro<float>& v)
+{
+    v.set_TerrainSlope(1.0f);
+    v.set_TerrainClimb(0.8f);
+    v.set_TerrainWindow(25.0f);
+}
+
+TEST(TerrainGround, AHeadlandRisingFurtherThanTheObjectLimitIsGround)
+{
+    const auto pts = headlandScene();
+    const auto classes = classify<float>(pts, true, [](Vexaro<float>& v) {
+        mountainTerrain(v);
+        v.set_TerrainObjectMaxRise(15.0f);
+    });
+    int headlandLost = 0, roofGround = 0, beachLost = 0;
+    for (std::size_t k = 0; k < pts.size(); ++k) {
+        const bool headland = pts[k].z > 11.5, roof = !headland && pts[k].z > 5;
+        headlandLost += headland && classes[k] != 2;
+        roofGround += roof && classes[k] == 2;
+        beachLost += !headland && !roof && classes[k] != 2;
+    }
+    EXPECT_EQ(headlandLost, 0);
+    EXPECT_EQ(roofGround, 0);
+    EXPECT_EQ(beachLost, 0);
+}
+
+TEST(TerrainGround, WithoutTheObjectLimitTheWindowCutsTheHeadland)
+{
+    // The same scene with the limit off: the openings take the headland, narrower than the
+    // window and standing on cliffs, for an object; the limit above is what keeps it.
+    const auto pts = headlandScene();
+    const auto classes = classify<float>(pts, true, mountainTerrain);
+    int headland = 0, headlandGround = 0;
+    for (std::size_t k = 0; k < pts.size(); ++k)
+        if (pts[k].z > 11.5) {
+            ++headland;
+            headlandGround += classes[k] == 2;
+        }
+    EXPECT_LT(headlandGround, headland / 2);
 }
 
 TEST(TerrainGround, WithoutAGridNothingChanges)

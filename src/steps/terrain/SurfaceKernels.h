@@ -226,6 +226,68 @@ struct k_climbFromTerrain {
     }
 };
 
+/// One pass of spreading the height span of smooth objects: every object cell takes the lowest
+/// and highest heights found so far among the object cells it joins, eight-connected, where the
+/// lowest points of the two cells lie within climb x distance, and within maxRise, of each
+/// other (the climb's own reach, see k_climbFromTerrain). Repeated until
+/// nothing changes, every cell holds the span of the climbable surface it belongs to. Reads one
+/// pair of arrays and writes another, so the result does not depend on the order of the cells.
+struct k_spreadObjectSpan {
+    const float* lowest;
+    const unsigned char* object;
+    const float* loIn;
+    const float* hiIn;
+    float* loOut;
+    float* hiOut;
+    int nx, ny;
+    float climb;   ///< height per cell edge
+    float maxRise; ///< largest height difference joined, whatever the distance
+    int* changed;
+
+    VX_HD void operator()(int i) const
+    {
+        float lo = loIn[i], hi = hiIn[i];
+        if (object[i] && !isEmptyHeight(lowest[i])) {
+            const int x = i % nx, y = i / nx;
+            for (int dy = -1; dy <= 1; ++dy)
+                for (int dx = -1; dx <= 1; ++dx) {
+                    const int qx = x + dx, qy = y + dy;
+                    if ((dx == 0 && dy == 0) || qx < 0 || qy < 0 || qx >= nx || qy >= ny)
+                        continue;
+                    const int q = qy * nx + qx;
+                    if (!object[q] || isEmptyHeight(lowest[q]))
+                        continue;
+                    float reach = (dx != 0 && dy != 0) ? climb * 1.41421356f : climb;
+                    reach = reach < maxRise ? reach : maxRise;
+                    const float d = lowest[i] - lowest[q];
+                    if (d > reach || d < -reach)
+                        continue;
+                    lo = loIn[q] < lo ? loIn[q] : lo;
+                    hi = hiIn[q] > hi ? hiIn[q] : hi;
+                }
+            if (lo != loIn[i] || hi != hiIn[i])
+                *changed = 1;
+        }
+        loOut[i] = lo;
+        hiOut[i] = hi;
+    }
+};
+
+/// Gives back to the terrain the object cells whose climbable surface spans more than maxRise
+/// in height: a roof rises from its eaves by a few metres before it ends at a wall, while a
+/// hill or a headland that the openings cut climbs on and on.
+struct k_releaseTallObjects {
+    const float* lo;
+    const float* hi;
+    unsigned char* object;
+    float maxRise;
+    VX_HD void operator()(int i) const
+    {
+        if (object[i] && hi[i] - lo[i] > maxRise)
+            object[i] = 0;
+    }
+};
+
 /// The lowest heights of the cells that are not objects; objects and empty cells are empty.
 struct k_keepGround {
     const float* lowest;

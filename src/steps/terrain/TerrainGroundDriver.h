@@ -47,6 +47,45 @@ void openSurface(const StepContext<T>& c, const RasterGrid& g, const float* lowe
     launch(c.launchConfig(cells), cells, k_unknownAs{b.data(), lowest, kUnknown});
 }
 
+/// The largest height difference between neighbouring cells that the climb joins.
+template <class P> float climbMaxRise(const P& par)
+{
+    return par.TerrainClimbMaxRise > 0 ? static_cast<float>(par.TerrainClimbMaxRise) : std::numeric_limits<float>::max();
+}
+
+/// Clears the object flag of every smooth object whose height span exceeds
+/// TerrainObjectMaxRise (see k_releaseTallObjects). The spans spread one cell a pass; a smooth
+/// surface that the openings cut is at most about twice the widest window across, and the
+/// passes stop earlier when nothing changes.
+template <class T>
+void releaseTallObjects(const StepContext<T>& c, const RasterGrid& g, const float* lowest,
+                        Buffer<unsigned char>& object, int widest)
+{
+    const auto& par = c.par();
+    const Backend backend = c.backend();
+    const int cells = g.cells();
+    Buffer<float> lo(backend, cells), hi(backend, cells), lo2(backend, cells), hi2(backend, cells);
+    mem::copy(backend, lo.data(), lowest, sizeof(float) * cells);
+    mem::copy(backend, hi.data(), lowest, sizeof(float) * cells);
+    Buffer<int> changed(backend, 1);
+    const float climb = static_cast<float>(par.TerrainClimb) * g.cell;
+    const float maxRise = climbMaxRise(par);
+    for (int pass = 0; pass < 4 * widest + 4; ++pass) {
+        fillWith(changed.data(), 1, 0);
+        launch(c.launchConfig(cells), cells,
+               k_spreadObjectSpan{lowest, object.data(), lo.data(), hi.data(), lo2.data(), hi2.data(), g.nx, g.ny,
+                                  climb, maxRise, changed.data()});
+        std::swap(lo, lo2);
+        std::swap(hi, hi2);
+        int any = 0;
+        changed.download(&any, 1);
+        if (!any)
+            break;
+    }
+    launch(c.launchConfig(cells), cells,
+           k_releaseTallObjects{lo.data(), hi.data(), object.data(), static_cast<float>(par.TerrainObjectMaxRise)});
+}
+
 template <class T> void runTerrainGround(StepContext<T>& c)
 {
     const auto& par = c.par();
@@ -113,6 +152,11 @@ template <class T> void runTerrainGround(StepContext<T>& c)
         }
         gs.reset(), hs.reset(), tmp.reset(), b.reset(), a.reset();
 
+        // Objects whose climbable surface rises further than a roof can are terrain: hills,
+        // headlands and terraces wider than the window lets through.
+        if (par.TerrainClimb > 0 && par.TerrainObjectMaxRise > 0)
+            releaseTallObjects(c, g, lowest.data(), object, widest);
+
         // Objects joined to the terrain by a climbable surface are terrain (a ridge, a cliff
         // with returns on its face). An object is at most twice the widest window across, so
         // that many passes reach every cell of it.
@@ -120,8 +164,7 @@ template <class T> void runTerrainGround(StepContext<T>& c)
             Buffer<unsigned char> other(backend, cells);
             Buffer<int> changed(backend, 1);
             const float climb = static_cast<float>(par.TerrainClimb) * static_cast<float>(cell);
-            const float maxRise = par.TerrainClimbMaxRise > 0 ? static_cast<float>(par.TerrainClimbMaxRise)
-                                                              : std::numeric_limits<float>::max();
+            const float maxRise = climbMaxRise(par);
             for (int pass = 0; pass < 2 * widest + 2; ++pass) {
                 fillWith(changed.data(), 1, 0);
                 launch(c.launchConfig(cells), cells,
