@@ -29,6 +29,9 @@ public:
     template <class L> auto points(L layout) const { return e.store.points(layout); }
     template <class L> auto index(L layout) const { return e.grid.index(layout); }
     template <class L> auto groups(L layout) const { return e.grid.groups(layout); }
+    /// The grid's copy of the coordinates in sorted order for layout L (see OrderedXyz); empty
+    /// until a step gathers it, emptied by every decomposition.
+    template <class L> auto& orderedBuffer(L layout) const { return e.grid.orderedBuffer(layout); }
     /// The views of a per-point neighbourhood kernel in layout L.
     template <class L> NeighbourhoodKernel<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>> views(L layout) const
     {

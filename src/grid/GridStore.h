@@ -6,6 +6,7 @@
 #include "exec/Buffer.h"
 #include "grid/GridTypes.h"
 #include "grid/Layouts.h"
+#include "grid/OrderedXyz.h"
 #include "store/Layout.h"
 
 #include <cstddef>
@@ -32,6 +33,13 @@ template <class T> struct GridStore {
     Buffer<VX_IndexToGroup> deviceIndex;
     Buffer<VX_DecompositionGroups> deviceGroups;
     DeviceGridFields deviceFields;
+    /// Coordinates in sorted order (see OrderedXyz), made on first use after a decomposition:
+    /// of the records layout in the cloud's precision, of the per-field one in float.
+    Buffer<T> orderedRecords;
+    Buffer<float> orderedFields;
+
+    Buffer<T>& orderedBuffer(Records) { return orderedRecords; }
+    Buffer<float>& orderedBuffer(Fields) { return orderedFields; }
 
     AosIndex index(Records) const { return {deviceIndex.data()}; }
     SoaIndex index(Fields) const { return {{deviceFields.pointIndex.data(), deviceFields.group.data()}}; }
@@ -42,9 +50,14 @@ template <class T> struct GridStore {
     }
 
     /// Backend links for n points and runs for the grid's cells, in the form of layout L.
-    void allocateIndex(Records, Backend b, std::size_t n) { deviceIndex.allocate(b, n); }
+    void allocateIndex(Records, Backend b, std::size_t n)
+    {
+        orderedRecords.reset();
+        deviceIndex.allocate(b, n);
+    }
     void allocateIndex(Fields, Backend b, std::size_t n)
     {
+        orderedFields.reset();
         deviceFields.pointIndex.allocate(b, n);
         deviceFields.group.allocate(b, n);
     }
@@ -67,9 +80,10 @@ template <class T> struct GridStore {
     std::vector<VX_DecompositionGroups> copyGroups() const;
     HostGridFields copyFields() const;
 
-    void resetDevice(Records) { deviceIndex.reset(), deviceGroups.reset(); }
+    void resetDevice(Records) { deviceIndex.reset(), deviceGroups.reset(), orderedRecords.reset(); }
     void resetDevice(Fields)
     {
+        orderedFields.reset();
         auto& d = deviceFields;
         d.pointIndex.reset(), d.group.reset(), d.start.reset(), d.end.reset(), d.count.reset();
     }

@@ -52,10 +52,21 @@ template <class T> std::vector<VX_mean<T>> phaseOneMeans(Vexaro<T>& v, double ce
         using L = decltype(layout);
         buffers.allocate(layout, c.backend(), n);
         const auto itg = c.grid.index(layout);
-        vx::k_NVPCASVD_calculateMean<T, L> k{
-            c.store.points(layout), itg, c.grid.groups(layout),     c.grid.parameters,
-            buffers.view(layout),   n,   c.par.Inner_NormalVectors, c.par.NNSearchRange_NormalVectors,
-            c.par.MinimalNumberOfNN};
+        const auto pts = c.store.points(layout);
+        std::vector<typename vx::PointsOf<T, L>::Real> xyz(3 * static_cast<std::size_t>(n));
+        const vx::k_gatherOrderedXyz<vx::PointsOf<T, L>, vx::IndexOf<L>> gather{pts, itg, xyz.data()};
+        for (int j = 0; j < n; ++j)
+            gather(j);
+        vx::k_NVPCASVD_calculateMean<T, L> k{pts,
+                                             itg,
+                                             c.grid.groups(layout),
+                                             {xyz.data()},
+                                             c.grid.parameters,
+                                             buffers.view(layout),
+                                             n,
+                                             c.par.Inner_NormalVectors,
+                                             c.par.NNSearchRange_NormalVectors,
+                                             c.par.MinimalNumberOfNN};
         for (int i = 0; i < n; ++i)
             k(i);
         const auto m = buffers.view(layout);

@@ -4,6 +4,7 @@
 #include "core/StepContext.h"
 #include "exec/Launch.h"
 #include "exec/Memory.h"
+#include "steps/common/OrderedCoordinates.h"
 #include "steps/common/StepDrivers.h"
 #include "steps/features/Means.h"
 #include "steps/features/kernels.h"
@@ -33,13 +34,14 @@ void runNormalPhases(StepContext<T>& c, const LaunchConfig& cfg, bool ready, L l
     const auto itg = c.index(layout);
     const auto groups = c.groups(layout);
     const auto means = buffers.view(layout);
+    const auto xyz = ready ? orderedXyz(c, layout) : OrderedXyz<typename PointsOf<T, L>::Real>{};
     const auto& par = c.par();
     mem::profilerStart(c.backend());
     if (ready)
         launch(cfg, c.pointCount(),
-               k_NVPCASVD_calculateMean<T, L>{pts, itg, groups, c.gridParameters(), means, c.pointCount(),
-                                              par.Inner_NormalVectors, par.NNSearchRange_NormalVectors,
-                                              par.MinimalNumberOfNN});
+               k_NVPCASVD_calculateMean<T, L>{pts, itg, groups, xyz, c.gridParameters(), means,
+                                              c.pointCount(), par.Inner_NormalVectors,
+                                              par.NNSearchRange_NormalVectors, par.MinimalNumberOfNN});
     mem::profilerStop(c.backend());
     c.checkDeviceError();
 
@@ -48,7 +50,7 @@ void runNormalPhases(StepContext<T>& c, const LaunchConfig& cfg, bool ready, L l
     if (ready)
         launch(cfg, c.pointCount(),
                K_NVPCASVD_calculateNormals<T, L>{
-                   pts, itg, groups, c.gridParameters(), means, c.allowed(), c.pointCount(),
+                   pts, itg, groups, xyz, c.gridParameters(), means, c.allowed(), c.pointCount(),
                    par.Inner_NormalVectors, par.NNSearchRange_NormalVectors, par.MinimalNumberOfNN,
                    c.slots().TargetClass, c.slots().TargetClass2, c.slots().TargetClass3});
     mem::profilerStop(c.backend());
@@ -86,6 +88,8 @@ template <class T> void runNormals(StepContext<T>& c)
 
     c.msg(2, "Normal Computation complete!");
     means.reset();
+    // The cubes are the normals' own: the steps after them decompose again.
+    c.visit([&](auto layout) { c.orderedBuffer(layout).reset(); });
 }
 
 } // namespace vx::VX_BACKEND_NS

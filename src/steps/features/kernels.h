@@ -6,6 +6,7 @@
 #include "grid/GridTypes.h"
 #include "grid/Layouts.h"
 #include "grid/Neighbourhood.h"
+#include "grid/OrderedXyz.h"
 #include "grid/PointKernel.h"
 #include "steps/common/Eigen3.h"
 #include "steps/features/Means.h"
@@ -23,6 +24,7 @@ template <class T, class Points, class Index, class Groups, class Means> struct 
     Points pts;
     Index itg;
     Groups groups;
+    OrderedXyz<typename Points::Real> xyz;
     VX_DecompositionGridParameters<T> grid;
     Means means;
     int count;
@@ -34,12 +36,12 @@ template <class T, class Points, class Index, class Groups, class Means> struct 
     {
         using M = typename Means::Real;
         const int p = itg.pointIndex(i);
-        const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
+        const T px = xyz.x(i), py = xyz.y(i), pz = xyz.z(i);
         const T range2 = range * range;
         M sx = 0, sy = 0, sz = 0;
         int n = 0;
-        forEachNeighbour(itg, groups, grid, itg.group(i), Visit{divisor, false}, [&](int q, int, int) {
-            const auto qx = pts.x(q), qy = pts.y(q), qz = pts.z(q);
+        forEachNeighbour(itg, groups, grid, itg.group(i), Visit{divisor, false}, [&](int, int j, int) {
+            const auto qx = xyz.x(j), qy = xyz.y(j), qz = xyz.z(j);
             if (squaredDistance<T>(px - T(qx), py - T(qy), pz - T(qz)) <= range2) {
                 sx += M(qx);
                 sy += M(qy);
@@ -67,6 +69,7 @@ template <class T, class Points, class Index, class Groups, class Means> struct 
     Points pts;
     Index itg;
     Groups groups;
+    OrderedXyz<typename Points::Real> xyz;
     VX_DecompositionGridParameters<T> grid;
     Means means;
     AllowedClasses allowed;
@@ -81,13 +84,13 @@ template <class T, class Points, class Index, class Groups, class Means> struct 
     VX_HD void operator()(int i) const
     {
         const int p = itg.pointIndex(i);
-        const T px = pts.x(p), py = pts.y(p), pz = pts.z(p);
+        const T px = xyz.x(i), py = xyz.y(i), pz = xyz.z(i);
         const T mx = means.x(i), my = means.y(i), mz = means.z(i);
         const T range2 = range * range;
         double sxx = 0, sxy = 0, sxz = 0, syy = 0, syz = 0, szz = 0;
         int n = 0;
-        forEachNeighbour(itg, groups, grid, itg.group(i), Visit{divisor, false}, [&](int q, int, int) {
-            const T qx = pts.x(q), qy = pts.y(q), qz = pts.z(q);
+        forEachNeighbour(itg, groups, grid, itg.group(i), Visit{divisor, false}, [&](int, int j, int) {
+            const T qx = xyz.x(j), qy = xyz.y(j), qz = xyz.z(j);
             if (!(squaredDistance<T>(px - qx, py - qy, pz - qz) < range2))
                 return;
             const T dx = mx - qx, dy = my - qy, dz = mz - qz;

@@ -50,7 +50,8 @@ void openSurface(const StepContext<T>& c, const RasterGrid& g, const float* lowe
 /// The largest height difference between neighbouring cells that the climb joins.
 template <class P> float climbMaxRise(const P& par)
 {
-    return par.TerrainClimbMaxRise > 0 ? static_cast<float>(par.TerrainClimbMaxRise) : std::numeric_limits<float>::max();
+    return par.TerrainClimbMaxRise > 0 ? static_cast<float>(par.TerrainClimbMaxRise)
+                                       : std::numeric_limits<float>::max();
 }
 
 /// Clears the object flag of every smooth object whose height span exceeds
@@ -73,8 +74,8 @@ void releaseTallObjects(const StepContext<T>& c, const RasterGrid& g, const floa
     for (int pass = 0; pass < 4 * widest + 4; ++pass) {
         fillWith(changed.data(), 1, 0);
         launch(c.launchConfig(cells), cells,
-               k_spreadObjectSpan{lowest, object.data(), lo.data(), hi.data(), lo2.data(), hi2.data(), g.nx, g.ny,
-                                  climb, maxRise, changed.data()});
+               k_spreadObjectSpan{lowest, object.data(), lo.data(), hi.data(), lo2.data(), hi2.data(), g.nx,
+                                  g.ny, climb, maxRise, changed.data()});
         std::swap(lo, lo2);
         std::swap(hi, hi2);
         int any = 0;
@@ -83,7 +84,8 @@ void releaseTallObjects(const StepContext<T>& c, const RasterGrid& g, const floa
             break;
     }
     launch(c.launchConfig(cells), cells,
-           k_releaseTallObjects{lo.data(), hi.data(), object.data(), static_cast<float>(par.TerrainObjectMaxRise)});
+           k_releaseTallObjects{lo.data(), hi.data(), object.data(),
+                                static_cast<float>(par.TerrainObjectMaxRise)});
 }
 
 template <class T> void runTerrainGround(StepContext<T>& c)
