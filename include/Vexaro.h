@@ -161,6 +161,13 @@ public:
     /// does nothing, with a message, when under 1 % of the points come from pulses with several
     /// returns.
     void classifyRoofsByEchoes(int buildingClass);
+    /// Grows buildingClass over the admitted points that roofs surround: an admitted point at
+    /// least EchoMinHeight above the ground, from a single-return pulse, joins when at least
+    /// EchoGrowthShare of the other points within EchoRange in plan that are that high (of any
+    /// class) are of buildingClass; passes repeat until none joins. It takes the ridges, edges
+    /// and eaves whose neighbourhood fits no single plane. Needs what classifyRoofsByEchoes
+    /// needs, and does nothing, with a message, where that does nothing.
+    void growRoofsByEchoes(int buildingClass);
     /// Gives the loaded cloud the number of returns of each point's pulse, in the order of the
     /// points (loadLASFile takes them from the file).
     void loadReturnCountsFromBuffer(const int* numberOfReturns, int count);

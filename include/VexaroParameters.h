@@ -133,7 +133,9 @@
     X(EchoSingleShare, EchoSingleShare, Ratio, 0.75, "", 0, 1, "roofs by echoes", RoofEchoes, 0,             \
       "least share of single-return pulses among the raised neighbours of a roof point")                     \
     X(EchoRoughness, EchoRoughness, Height, 0.5, "m", 0, 1000, "roofs by echoes", RoofEchoes, 0,             \
-      "largest RMS distance of the raised neighbours from their best-fitting plane")
+      "largest RMS distance of the raised neighbours from their best-fitting plane")                         \
+    X(EchoGrowthShare, EchoGrowthShare, Ratio, 0.5, "", 0, 1, "roofs by echoes", RoofEchoes, 0,              \
+      "least share of building points among the raised neighbours of a point the roof growth takes")
 
 // The C++ type of each kind: VEXARO_PARAMETER_TYPE_<Kind> is what the engine stores and get_
 // returns, VEXARO_PARAMETER_ARG_<Kind> what set_ takes. T is the precision of Vexaro<T>.
@@ -172,7 +174,7 @@ enum ParameterStep : unsigned {
     TerrainGround = 1u << 8,      ///< classifyTerrainGround
     Noise = 1u << 9,              ///< classifyNoise
     HeightAboveGround = 1u << 10, ///< computeHeightAboveGround, classifyByHeightAboveGround
-    RoofEchoes = 1u << 11,        ///< classifyRoofsByEchoes
+    RoofEchoes = 1u << 11,        ///< classifyRoofsByEchoes, growRoofsByEchoes
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

@@ -234,6 +234,10 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
             setAllowed(v, admit({kUnclassified, kPlanar, kScatter, kLinear, kLowVegetation, kMediumVegetation,
                                  kHighVegetation}));
             v.classifyRoofsByEchoes(kBuilding);
+            // Ridges, edges and eaves that fit no single plane join the roofs around them; points
+            // the vegetation step took stay out, crowns beside a roof among them.
+            setAllowed(v, admit({kUnclassified, kPlanar, kScatter, kLinear}));
+            v.growRoofsByEchoes(kBuilding);
         });
     }
 

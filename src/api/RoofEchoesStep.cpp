@@ -1,4 +1,4 @@
-// The roof test by echoes of the facade, and the return counts it reads for clouds that come
+// The roof test and growth by echoes of the facade, and the return counts it reads for clouds that come
 // from buffers rather than LAS files.
 #include "api/StepRun.h"
 
@@ -16,6 +16,22 @@ template <class T> void Vexaro<T>::classifyRoofsByEchoes(int buildingClass)
     }
     core->slots.TargetClass = buildingClass;
     runStep("both", [&] { VX_STEP(runRoofEchoes, runRoofEchoes); });
+}
+
+template <class T> void Vexaro<T>::growRoofsByEchoes(int buildingClass)
+{
+    if (!core->dataLoaded) {
+        facadeMessage(0, "ERROR! Data not loaded!");
+        return;
+    }
+    if (!parametersValidFor(vexaro::RoofEchoes))
+        return;
+    if (pointCount() == 0) {
+        core->msg(0, "Roof growth by echoes skipped: the cloud holds no points");
+        return;
+    }
+    core->slots.TargetClass = buildingClass;
+    runStep("both", [&] { VX_STEP(runRoofGrowth, runRoofGrowth); });
 }
 
 template <class T> void Vexaro<T>::loadReturnCountsFromBuffer(const int* numberOfReturns, int count)
@@ -43,5 +59,7 @@ template <class T> void Vexaro<T>::loadReturnCountsFromBuffer(const int* numberO
 
 template void Vexaro<float>::classifyRoofsByEchoes(int);
 template void Vexaro<double>::classifyRoofsByEchoes(int);
+template void Vexaro<float>::growRoofsByEchoes(int);
+template void Vexaro<double>::growRoofsByEchoes(int);
 template void Vexaro<float>::loadReturnCountsFromBuffer(const int*, int);
 template void Vexaro<double>::loadReturnCountsFromBuffer(const int*, int);

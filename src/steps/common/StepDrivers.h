@@ -29,6 +29,7 @@ VX_DECLARE_STEP(runNoise)
 VX_DECLARE_STEP(runHeightAboveGround)
 VX_DECLARE_STEP(runHeightTiers)
 VX_DECLARE_STEP(runRoofEchoes)
+VX_DECLARE_STEP(runRoofGrowth)
 
 #undef VX_DECLARE_STEP
 

@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace vx::VX_BACKEND_NS {
 
@@ -22,39 +23,52 @@ namespace vx::VX_BACKEND_NS {
 /// every tree would pass for a roof.
 constexpr double kLeastMultipleReturnShare = 0.01;
 
-template <class T> void runRoofEchoes(StepContext<T>& c)
+/// Whether the echo steps can run on this cloud: a grid wide enough for EchoRange, heights above
+/// ground and return counts for it, and enough pulses with several returns. Says why not, naming
+/// the step as `search` in the grid's message and as `name` in the returns'.
+template <class T> bool echoesUsable(const StepContext<T>& c, const char* search, const char* name)
 {
     const int n = c.pointCount();
-    const int buildingClass = c.slots().TargetClass;
-    c.msg(4, "Roofs by echoes, class", buildingClass);
     if (n == 0) {
         c.msg(0, "ERROR! No grid decomposition for the current layout; run a decomposition first");
-        return;
+        return false;
     }
-    if (!c.requireGrid() ||
-        !planarGridCovers(c, static_cast<double>(c.par().EchoRange), "Roof search by echoes", "EchoRange"))
-        return;
+    if (!c.requireGrid() || !planarGridCovers(c, static_cast<double>(c.par().EchoRange), search, "EchoRange"))
+        return false;
     const auto& heights = c.template state<HeightAboveGroundState>();
     if (!heights.heldFor(c.cloudGeneration(), static_cast<std::size_t>(n))) {
         c.msg(0, "ERROR! No heights above ground for this cloud; run computeHeightAboveGround first");
-        return;
+        return false;
     }
     const std::vector<uint8_t>& returns = c.returnCounts();
     if (returns.size() != static_cast<std::size_t>(n)) {
         c.msg(0, "ERROR! No return counts for this cloud (load a LAS file or loadReturnCountsFromBuffer); "
                  "step not run");
-        return;
+        return false;
     }
     std::size_t multiple = 0;
     for (uint8_t r : returns)
         multiple += r > 1 ? 1 : 0;
     if (static_cast<double>(multiple) < kLeastMultipleReturnShare * static_cast<double>(n)) {
         c.msg(1,
-              "Roofs by echoes not run: too few pulses with several returns to tell roofs from canopy. "
-              "Points of such pulses:",
+              std::string(name) +
+                  " not run: too few pulses with several returns to tell roofs from canopy. Points of such "
+                  "pulses:",
               multiple);
-        return;
+        return false;
     }
+    return true;
+}
+
+template <class T> void runRoofEchoes(StepContext<T>& c)
+{
+    const int n = c.pointCount();
+    const int buildingClass = c.slots().TargetClass;
+    c.msg(4, "Roofs by echoes, class", buildingClass);
+    if (!echoesUsable(c, "Roof search by echoes", "Roofs by echoes"))
+        return;
+    const auto& heights = c.template state<HeightAboveGroundState>();
+    const std::vector<uint8_t>& returns = c.returnCounts();
 
     const RoofEchoParams<T> par{c.par().EchoRange,       c.par().EchoMinHeight, c.par().EchoMinPoints,
                                 c.par().EchoSingleShare, c.par().EchoRoughness, buildingClass};
@@ -78,6 +92,50 @@ template <class T> void runRoofEchoes(StepContext<T>& c)
     });
     c.msg(2, "Roof points by echoes:", countIf(verdict.data(), n, IsRoof{}));
     c.msg(2, "Roof search by echoes done!");
+}
+
+/// Grows the roofs over the raised single-return points they surround (see JudgeRoofGrowth),
+/// pass after pass until none joins. Each pass adds a rim of at most EchoRange, so a pass count
+/// of the cloud's extent over EchoRange bounds the loop; the cap keeps a pathological cloud from
+/// running on.
+template <class T> void runRoofGrowth(StepContext<T>& c)
+{
+    constexpr int kMostPasses = 100;
+    const int n = c.pointCount();
+    const int buildingClass = c.slots().TargetClass;
+    c.msg(4, "Roof growth by echoes, class", buildingClass);
+    if (!echoesUsable(c, "Roof growth by echoes", "Roof growth by echoes"))
+        return;
+    const auto& heights = c.template state<HeightAboveGroundState>();
+    const Backend be = c.backend();
+    Buffer<uint8_t> counts(be, static_cast<std::size_t>(n)), verdict(be, static_cast<std::size_t>(n));
+    c.checkDeviceError();
+    if (!counts || !verdict) {
+        c.msg(0, "ERROR! Roof growth by echoes aborted - too little memory!");
+        return;
+    }
+    counts.upload(c.returnCounts().data(), static_cast<std::size_t>(n));
+    const LaunchConfig cfg = c.launchConfig(n);
+    std::size_t grown = 0;
+    c.visit([&](auto layout) {
+        using L = decltype(layout);
+        const auto views = c.views(layout);
+        for (int pass = 0; pass < kMostPasses; ++pass) {
+            launch(cfg, n,
+                   k_judgeRoofGrowth<T, L>{views, heights.heights.data(), counts.data(), verdict.data(),
+                                           c.par().EchoRange, c.par().EchoMinHeight, c.par().EchoGrowthShare,
+                                           buildingClass});
+            c.checkDeviceError();
+            const std::size_t joined = countIf(verdict.data(), n, IsRoof{});
+            if (joined == 0)
+                break;
+            launch(cfg, n, k_markRoofs<T, L>{views, verdict.data(), buildingClass});
+            c.checkDeviceError();
+            grown += joined;
+        }
+    });
+    c.msg(2, "Roof points grown by echoes:", grown);
+    c.msg(2, "Roof growth by echoes done!");
 }
 
 } // namespace vx::VX_BACKEND_NS
