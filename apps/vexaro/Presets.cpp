@@ -11,6 +11,13 @@ namespace vx::app {
 /// degrees, steeper than towns and farmland are over most of their area.
 constexpr double kSteepTerrain = 0.25;
 
+/// Ground distance: noise widths above the lowest return that are still ground, and the
+/// bounds, in metres. 0.2 m is above the noise of every sample file (0.01-0.05 m); the cap
+/// keeps the distance under low plants and kerbs on noisy data.
+constexpr double kNoiseMultiple = 4.0;
+constexpr double kLeastGroundDistance = 0.2;
+constexpr double kMostGroundDistance = 0.5;
+
 const std::vector<Preset>& presets()
 {
     static const std::vector<Preset> table = {
@@ -85,9 +92,10 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
            "15 m: a roof rises from its eaves by a few metres and ends at a wall; a hill, headland or "
            "slope that the window cuts climbs on further");
     height("TerrainStepHeight", 0.3, "0.3 m: above the roughness of bare ground");
-    height("TerrainGroundDistance", 0.3,
-           "0.3 m: above the roughness of bare ground and the surface's error between cell centres; "
-           "cars, hedges and tall grass lie above it");
+    height("TerrainGroundDistance",
+           std::clamp(kNoiseMultiple * scale.groundNoise, kLeastGroundDistance, kMostGroundDistance),
+           "4 x the ground noise, within 0.2-0.5 m: a ground return lies up to two noise widths below "
+           "and above the mean, and the surface follows the lowest; grass, cars and hedges lie above");
 
     length("NoiseRange", std::max(2.0, 4.0 * all),
            "4 x spacing, at least 2 m: a point with fewer than two others that near is isolated");

@@ -18,6 +18,7 @@ struct DataScale {
     double metresPerUnit = 1; ///< length of the file's horizontal unit in metres
     double metresPerVerticalUnit = 1;
     double terrainSlope = 0; ///< median slope of the coarse lowest-point surface, rise per run
+    double groundNoise = 0;  ///< scatter of the lowest returns about their plane, metres; 0: unknown
 };
 
 /// A named landscape: the values that differ between landscapes, with the reason for each.
