@@ -35,7 +35,13 @@ public:
     /// The views of a per-point neighbourhood kernel in layout L.
     template <class L> NeighbourhoodKernel<T, PointsOf<T, L>, IndexOf<L>, GroupsOf<L>> views(L layout) const
     {
-        return {points(layout), index(layout), groups(layout), allowed(), gridParameters(), pointCount()};
+        return {points(layout),
+                index(layout),
+                groups(layout),
+                allowed(),
+                gridParameters(),
+                pointCount(),
+                {orderedBuffer(layout).data()}};
     }
 
     Backend backend() const { return e.backend(); }

@@ -8,6 +8,7 @@
 #include "grid/GridTypes.h"
 #include "grid/Layouts.h"
 #include "grid/Neighbourhood.h"
+#include "grid/OrderedXyz.h"
 
 #include <cmath>
 
@@ -71,6 +72,14 @@ template <class T, class Points, class Index, class Groups> struct Neighbourhood
     AllowedClasses allowed;
     VX_DecompositionGridParameters<T> grid;
     int count;
+    /// The coordinates in sorted order when the step gathered them (see OrderedXyz); without
+    /// them the accessors below read the store.
+    OrderedXyz<typename Points::Real> ordered{};
+
+    /// Coordinates of point q at sorted position j, the same values from either source.
+    VX_HD typename Points::Real xOf(int q, int j) const { return ordered.xyz ? ordered.x(j) : pts.x(q); }
+    VX_HD typename Points::Real yOf(int q, int j) const { return ordered.xyz ? ordered.y(j) : pts.y(q); }
+    VX_HD typename Points::Real zOf(int q, int j) const { return ordered.xyz ? ordered.z(j) : pts.z(q); }
 
     /// The point at sorted position i, or -1 past the end or when its class is not admitted.
     VX_HD int ownPoint(int i) const

@@ -6,6 +6,7 @@
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
 #include "steps/building/kernels.h"
+#include "steps/common/OrderedCoordinates.h"
 #include "steps/common/RemapClass.h"
 #include "steps/common/StepDrivers.h"
 
@@ -16,6 +17,8 @@ namespace vx::VX_BACKEND_NS {
 template <class T, class L>
 void runBuildingGrowthPasses(StepContext<T>& c, const LaunchConfig& cfg, bool ready, L layout)
 {
+    if (ready)
+        orderedXyz(c, layout);
     const auto views = c.views(layout);
     const BuildingGrowthParams<T> par = buildingGrowthParams(c.par(), c.slots());
     const int n = c.pointCount();

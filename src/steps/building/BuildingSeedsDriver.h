@@ -5,6 +5,7 @@
 #include "exec/Launch.h"
 #include "exec/Memory.h"
 #include "steps/building/kernels.h"
+#include "steps/common/OrderedCoordinates.h"
 #include "steps/common/StepDrivers.h"
 
 namespace vx::VX_BACKEND_NS {
@@ -18,6 +19,7 @@ template <class T> void runBuildingSeeds(StepContext<T>& c)
     mem::profilerStart(c.backend());
     if (ready)
         c.visit([&](auto layout) {
+            orderedXyz(c, layout);
             launch(cfg, n, k_initialBuildingFilter<T, decltype(layout)>{c.views(layout), par});
         });
     // Announced while the launch may still be running; the wait follows.

@@ -66,8 +66,8 @@ struct InitialBuildingFilter : NeighbourhoodKernel<T, Points, Index, Groups> {
         T highestGroundGap = T(10) * this->grid.sizeZ;
         bool groundNearby = false;
         int voters = 0, agreeing = 0, onPlane = 0, ghosts = 0;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
-            const T qx = this->pts.x(q), qy = this->pts.y(q), qz = this->pts.z(q);
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+            const T qx = this->xOf(q, j), qy = this->yOf(q, j), qz = this->zOf(q, j);
             const T dx = px - qx, dy = py - qy, dz = pz - qz;
             const T plan2 = planSquared(dx, dy);
             const int qc = this->pts.cls(q);
@@ -161,8 +161,8 @@ struct UpdateBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
         const T start = T(10) * this->grid.sizeX;
         T nearestGround2 = start, nearestBuildingPlan2 = start, nearestBuilding2 = start;
         int nearest = -1, voters = 0, ghosts = 0;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
-            const T dx = px - T(this->pts.x(q)), dy = py - T(this->pts.y(q)), dz = pz - T(this->pts.z(q));
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+            const T dx = px - T(this->xOf(q, j)), dy = py - T(this->yOf(q, j)), dz = pz - T(this->zOf(q, j));
             const T plan2 = planSquared(dx, dy);
             const T d2 = plan2 + dz * dz;
             const int qc = this->pts.cls(q);
@@ -218,8 +218,8 @@ struct CompleteBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
         T buildingGap = T(10) * this->grid.sizeX; ///< height above the highest building point in range
         bool buildingSeen = false, groundNearby = false;
         int voters = 0, ghosts = 0;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
-            const T dx = px - T(this->pts.x(q)), dy = py - T(this->pts.y(q));
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+            const T dx = px - T(this->xOf(q, j)), dy = py - T(this->yOf(q, j));
             const T plan2 = planSquared(dx, dy);
             if (!(plan2 < range2))
                 return;
@@ -227,7 +227,7 @@ struct CompleteBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
             if (!(this->allowed.admits(qc) || qc == par.buildingClass || qc == par.groundClass))
                 return;
             if (qc == par.buildingClass) {
-                const T gap = pz - T(this->pts.z(q));
+                const T gap = pz - T(this->zOf(q, j));
                 if (gap < buildingGap)
                     buildingGap = gap;
                 buildingSeen = true;
@@ -264,10 +264,10 @@ struct CloseBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
         T nearestBuildingPlan2 = T(10) * (this->grid.sizeX * this->grid.sizeX);
         int nearest = -1;
         bool noLowGround = true, detailFound = false;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
-            const T dx = px - T(this->pts.x(q)), dy = py - T(this->pts.y(q));
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+            const T dx = px - T(this->xOf(q, j)), dy = py - T(this->yOf(q, j));
             const T plan2 = planSquared(dx, dy);
-            const T height = pz - T(this->pts.z(q));
+            const T height = pz - T(this->zOf(q, j));
             const int qc = this->pts.cls(q);
             if (plan2 < groundRange2 && qc == par.groundClass && double(height) < 0.4)
                 noLowGround = false;

@@ -5,6 +5,7 @@
 #include "exec/Algorithms.h"
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
+#include "steps/common/OrderedCoordinates.h"
 #include "steps/common/PlanarGrid.h"
 #include "steps/common/StepDrivers.h"
 #include "steps/noise/kernels.h"
@@ -42,6 +43,7 @@ template <class T> void runNoise(StepContext<T>& c)
     }
     c.visit([&](auto layout) {
         using L = decltype(layout);
+        orderedXyz(c, layout);
         const auto views = c.views(layout);
         launch(cfg, n, k_judgeNoise<T, L>{views, verdict.data(), par});
         c.checkDeviceError();

@@ -86,10 +86,10 @@ struct JudgeNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
             int side = 0, rest = 0;
             bool extends = false;
             T next = lo;
-            this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+            this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
                 if (!this->allowed.admits(this->pts.cls(q)))
                     return;
-                const T qz = this->pts.z(q);
+                const T qz = this->zOf(q, j);
                 if (qz >= lo) {
                     ++side;
                     return;
@@ -116,10 +116,10 @@ struct JudgeNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
             int side = 0, rest = 0;
             bool extends = false;
             T next = hi;
-            this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+            this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
                 if (!this->allowed.admits(this->pts.cls(q)))
                     return;
-                const T qz = this->pts.z(q);
+                const T qz = this->zOf(q, j);
                 if (qz <= hi) {
                     ++side;
                     return;

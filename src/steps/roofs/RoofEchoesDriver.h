@@ -8,6 +8,7 @@
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
 #include "steps/common/HeightAboveGroundState.h"
+#include "steps/common/OrderedCoordinates.h"
 #include "steps/common/PlanarGrid.h"
 #include "steps/common/StepDrivers.h"
 #include "steps/roofs/kernels.h"
@@ -83,6 +84,7 @@ template <class T> void runRoofEchoes(StepContext<T>& c)
     const LaunchConfig cfg = c.launchConfig(n);
     c.visit([&](auto layout) {
         using L = decltype(layout);
+        orderedXyz(c, layout);
         const auto views = c.views(layout);
         launch(cfg, n,
                k_judgeRoofEchoes<T, L>{views, heights.heights.data(), counts.data(), verdict.data(), par});
@@ -119,6 +121,7 @@ template <class T> void runRoofGrowth(StepContext<T>& c)
     std::size_t grown = 0;
     c.visit([&](auto layout) {
         using L = decltype(layout);
+        orderedXyz(c, layout);
         const auto views = c.views(layout);
         for (int pass = 0; pass < kMostPasses; ++pass) {
             launch(cfg, n,

@@ -59,15 +59,15 @@ struct JudgeRoofEchoes : NeighbourhoodKernel<T, Points, Index, Groups> {
         // Offsets from the point keep the sums small; double keeps the covariance exact enough
         // for centimetre roughness in both precisions.
         double s[3] = {0, 0, 0}, ss[3][3] = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}};
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
             const int cls = this->pts.cls(q);
             if (!(this->allowed.admits(cls) || cls == par.buildingClass) || !raised(q))
                 return;
-            const T dx = T(this->pts.x(q)) - px, dy = T(this->pts.y(q)) - py;
+            const T dx = T(this->xOf(q, j)) - px, dy = T(this->yOf(q, j)) - py;
             if (planSquared<T>(dx, dy) > range2)
                 return;
             const double d[3] = {static_cast<double>(dx), static_cast<double>(dy),
-                                 static_cast<double>(T(this->pts.z(q)) - pz)};
+                                 static_cast<double>(T(this->zOf(q, j)) - pz)};
             ++count;
             if (returns[q] <= 1)
                 ++single;
@@ -145,10 +145,10 @@ struct JudgeRoofGrowth : NeighbourhoodKernel<T, Points, Index, Groups> {
         const T px = this->pts.x(p), py = this->pts.y(p);
         const T range2 = range * range;
         int count = 0, roof = 0;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
             if (q == p || !raised(q))
                 return;
-            if (planSquared<T>(T(this->pts.x(q)) - px, T(this->pts.y(q)) - py) > range2)
+            if (planSquared<T>(T(this->xOf(q, j)) - px, T(this->yOf(q, j)) - py) > range2)
                 return;
             ++count;
             if (this->pts.cls(q) == buildingClass)

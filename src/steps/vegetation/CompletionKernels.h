@@ -31,8 +31,8 @@ struct CompletePlants : NeighbourhoodKernel<T, Points, Index, Groups> {
         float sumX = 0.f, sumY = 0.f, sumZ = 0.f, sumNx = 0.f, sumNy = 0.f, sumNz = 0.f;
         int groundCount = 0;
         bool groundSeen = false, buildingSeen = false, vegetationAbove = false;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
-            const T qx = this->pts.x(q), qy = this->pts.y(q), qz = this->pts.z(q);
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+            const T qx = this->xOf(q, j), qy = this->yOf(q, j), qz = this->zOf(q, j);
             if (!(planSquared(px - qx, py - qy) < range2))
                 return;
             const int cls = this->pts.cls(q);
@@ -126,9 +126,9 @@ struct CompletePlantsPhase2 : NeighbourhoodKernel<T, Points, Index, Groups> {
         NearestPoint<T> ground{range2, 0, T(0), T(0), T(0), T(0), T(0), T(0)};
         NearestPoint<T> lowVegetation{range2, 0, T(0), T(0), T(0), T(0), T(0), T(0)};
         const Visit how{SkipEmptyCells ? kEveryEntryOfOccupiedCells : 0, false};
-        this->forEachNeighbourOf(i, how, [&](int q, int, int) {
-            const T dz = pz - T(this->pts.z(q));
-            const T plan2 = planSquared(px - T(this->pts.x(q)), py - T(this->pts.y(q)));
+        this->forEachNeighbourOf(i, how, [&](int q, int j, int) {
+            const T dz = pz - T(this->zOf(q, j));
+            const T plan2 = planSquared(px - T(this->xOf(q, j)), py - T(this->yOf(q, j)));
             const T d2 = plan2 + dz * dz;
             if (!(plan2 < range2))
                 return;

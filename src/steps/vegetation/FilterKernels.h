@@ -33,7 +33,7 @@ struct FilterPlants : NeighbourhoodKernel<T, Points, Index, Groups> {
         int ghosts = 0, allowedVoters = 0, chaotic = 0;
 
         this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int cell) {
-            const T qx = this->pts.x(q), qy = this->pts.y(q), qz = this->pts.z(q);
+            const T qx = this->xOf(q, j), qy = this->yOf(q, j), qz = this->zOf(q, j);
             const T dz = pz - qz;
             const T plan2 = planSquared(px - qx, py - qy);
             const int cls = this->pts.cls(q);

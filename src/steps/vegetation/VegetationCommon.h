@@ -100,9 +100,9 @@ VX_HD inline void forEachVoterLoweringGround(const Kernel& k, int i, int self, c
 {
     const T px = k.pts.x(self), py = k.pts.y(self), pz = k.pts.z(self);
     const T range2 = p.VegetationRange * p.VegetationRange;
-    k.forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
-        const T dz = pz - T(k.pts.z(q));
-        const T plan2 = planSquared(px - T(k.pts.x(q)), py - T(k.pts.y(q)));
+    k.forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+        const T dz = pz - T(k.zOf(q, j));
+        const T plan2 = planSquared(px - T(k.xOf(q, j)), py - T(k.yOf(q, j)));
         const int cls = k.pts.cls(q);
         if (plan2 < range2 && cls == p.groundClass && absOf(dz) < h)
             h = absOf(dz);

@@ -3,6 +3,7 @@
 
 #include "core/StepContext.h"
 #include "exec/Launch.h"
+#include "steps/common/OrderedCoordinates.h"
 #include "steps/common/StepDrivers.h"
 #include "steps/vegetation/kernels.h"
 
@@ -14,6 +15,8 @@ namespace vx::VX_BACKEND_NS {
 template <class T, class L>
 void runVegetationPasses(StepContext<T>& c, const LaunchConfig& cfg, bool ready, L layout)
 {
+    if (ready)
+        orderedXyz(c, layout);
     const auto views = c.views(layout);
     const VegetationParams<T> p = vegetationParams(c.par(), c.slots());
     const int n = c.pointCount();
