@@ -2,6 +2,8 @@
 
 #include "CellHash.h"
 #include "Format.h"
+#include "GroundNoise.h"
+#include "TerrainSteepness.h"
 #include "las/LasFile.h"
 
 #include <algorithm>
@@ -19,6 +21,8 @@ constexpr double kIsolationSpacings = 10;
 /// Points beyond the 1st..99th percentile heights by more than that range, and at least this
 /// many metres, count as far outside the height range.
 constexpr double kHeightMarginMetres = 20;
+/// Height above a cell's lowest last return within which the noise of hard surfaces is read.
+constexpr double kNoiseBandMetres = 0.5;
 /// The least last-return density (points per m²) the classification rules are made for.
 constexpr double kLeastLastDensity = 0.1;
 /// A share of suspect points above this makes a warning.
@@ -314,6 +318,17 @@ DataProfile profileLas(const vx::las::LasFile& file, LengthUnit unitsOverride)
                      suspect);
     }
     p.isolatedPoints = static_cast<std::size_t>(std::count(suspect.begin(), suspect.end(), 1));
+
+    // The terrain's steepness over cells of four last-return spacings, at least 5 m, which hold a
+    // ground return almost everywhere; the ground noise over cells of three, at least 1 m, which
+    // hold a handful of last returns, read in the lowest 0.5 m of each.
+    const double metresPerVertical = verticalKnown ? metresPer(p.verticalUnit) : p.metresPerUnit;
+    const double last = p.lastSpacing > 0 ? p.lastSpacing : 1.0;
+    p.terrainSlope = terrainSteepness(file, std::max(5.0, 4.0 * last) / p.metresPerUnit) * metresPerVertical /
+                     p.metresPerUnit;
+    p.groundNoise =
+        groundNoise(file, std::max(1.0, 3.0 * last) / p.metresPerUnit, kNoiseBandMetres / metresPerVertical) *
+        metresPerVertical;
     p.unitsLookLikeFeet = !p.geographic && p.horizontalUnit == LengthUnit::Unknown && !feetSigns(p).empty();
     addWarnings(p, static_cast<double>(p.isolatedPoints) / n);
     return p;

@@ -91,6 +91,11 @@ std::string formatProfile(const DataProfile& p)
     s += "  Returns/pulse    " + (p.lastReturns ? fixed(p.returnsPerPulse, 2) : std::string("n/a")) + "\n";
     s += "  Noise suspicion  " + grouped(static_cast<long long>(p.isolatedPoints)) + " points (" +
          percent(static_cast<double>(p.isolatedPoints) / p.points) + ")\n";
+    s += "  Terrain slope    " + fixed(p.terrainSlope, 2) + " (median rise per run of the lowest returns)\n";
+    const bool metres = p.verticalUnit != LengthUnit::Unknown || p.horizontalUnit != LengthUnit::Unknown;
+    s += "  Ground noise     " +
+         (p.groundNoise > 0 ? fixed(p.groundNoise, 3) + (metres ? " m" : " units") : std::string("unknown")) +
+         " (scatter of the lowest returns about their plane)\n";
     return s;
 }
 

@@ -6,8 +6,7 @@
 
 #include "DataProfile.h"
 #include "Format.h"
-#include "GroundNoise.h"
-#include "TerrainSteepness.h"
+
 #include "las/LasFile.h"
 
 #include <algorithm>
@@ -90,8 +89,6 @@ namespace {
 /// step and the widest search of any other, and taller than any building.
 constexpr double kPartPlanGapMetres = 100.0;
 constexpr double kPartHeightGapMetres = 1000.0;
-/// Height above a cell's lowest last return within which the noise of hard surfaces is read.
-constexpr double kNoiseBandMetres = 0.5;
 
 /// Profiles the input, prints the profile (unless quiet) and its warnings, and returns what
 /// the parameter rules read.
@@ -110,16 +107,8 @@ DataScale measureScale(const std::string& input, const RunOptions& run, Reporter
     scale.metresPerUnit = profile.metresPerUnit;
     scale.metresPerVerticalUnit =
         profile.verticalUnit == LengthUnit::Unknown ? profile.metresPerUnit : metresPer(profile.verticalUnit);
-    // Cells of four last-return spacings and at least 5 m hold a ground return almost everywhere.
-    const double cellMetres = std::max(5.0, 4.0 * (profile.lastSpacing > 0 ? profile.lastSpacing : 1.0));
-    scale.terrainSlope = terrainSteepness(file, cellMetres / scale.metresPerUnit) *
-                         scale.metresPerVerticalUnit / scale.metresPerUnit;
-    // Cells of three last-return spacings, at least 1 m, hold a handful of last returns; the
-    // lowest 0.5 m of them is the ground or the roof with its noise.
-    const double noiseCellMetres = std::max(1.0, 3.0 * (profile.lastSpacing > 0 ? profile.lastSpacing : 1.0));
-    scale.groundNoise = groundNoise(file, noiseCellMetres / scale.metresPerUnit,
-                                    kNoiseBandMetres / scale.metresPerVerticalUnit) *
-                        scale.metresPerVerticalUnit;
+    scale.terrainSlope = profile.terrainSlope;
+    scale.groundNoise = profile.groundNoise;
     return scale;
 }
 
@@ -162,9 +151,7 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
             "preset " + std::string(preset.name) +
             (run.preset == "auto" ? " (auto, terrain slope " + fixed(scale.terrainSlope, 2) + ")" : "") +
             ": " + preset.description);
-        reporter.note("ground noise " +
-                      (scale.groundNoise > 0 ? fixed(scale.groundNoise, 3) + " m" : std::string("unknown")) +
-                      " (scatter of the lowest returns about their plane)");
+
         std::vector<Setting> derived;
         for (const auto& d : deriveParameters(preset, scale))
             derived.push_back({d.name, d.value});

@@ -1,9 +1,10 @@
-// The ground noise of the data profile on generated files of known noise, and the ground
-// distance the pipeline derives from it.
+// The ground noise of the data profile on generated files of known noise, its line in the
+// profile, and the ground distance the pipeline derives from it.
 #include "AppUnitTests.h"
 
 #ifdef VEXARO_APP_LINKED
 
+#include "DataProfile.h"
 #include "GroundNoise.h"
 #include "Presets.h"
 #include "ProfileTestFiles.h"
@@ -58,6 +59,23 @@ TEST(GroundNoise, FollowsTheScatterOfTheReturnsAndNotTheSlope)
         EXPECT_GT(measured, 0.6 * noise);
         EXPECT_LT(measured, 1.2 * noise);
     }
+}
+
+TEST(GroundNoise, TheProfileShowsItWithTheTerrainSlope)
+{
+    const DataProfile p = profileLas(noisyPlane(0.05), LengthUnit::Metre);
+    EXPECT_GT(p.groundNoise, 0.03);
+    EXPECT_LT(p.groundNoise, 0.06);
+    EXPECT_NEAR(p.terrainSlope, 0.2, 0.05);
+    const std::string text = formatProfile(p);
+    EXPECT_NE(text.find("  Terrain slope    0.2"), std::string::npos) << text;
+    EXPECT_NE(text.find("  Ground noise     0.0"), std::string::npos) << text;
+    EXPECT_NE(text.find(" m (scatter of the lowest returns"), std::string::npos) << text;
+    auto few = profiletest::emptyFile();
+    for (int k = 0; k < 40; ++k)
+        profiletest::addPoint(few, 500000 + 0.1 * k, 5000000, 10);
+    EXPECT_NE(formatProfile(profileLas(few, LengthUnit::Metre)).find("Ground noise     unknown"),
+              std::string::npos);
 }
 
 TEST(GroundNoise, UnknownWithTooFewCells)
