@@ -112,8 +112,8 @@
       "drop of one opening that marks an object, besides the slope's")                                       \
     X(TerrainGroundDistance, TerrainGroundDistance, Height, 0.5, "m", 0, 1000, "terrain", TerrainGround, 0,  \
       "largest distance of a ground point from the terrain surface")                                         \
-    X(TerrainGradientFactor, TerrainGradientFactor, Ratio, 1.25, "", 0, 1000, "terrain", TerrainGround, 0,   \
-      "extra distance per unit of the surface's slope")                                                      \
+    X(TerrainGradientFactor, TerrainGradientFactor, Height, 1.25, "m", 0, 1000, "terrain", TerrainGround, 0, \
+      "extra distance per unit of the surface's slope (rise per run)")                                       \
     X(NoiseRange, NoiseRange, Length, 2.0, "m", 0.001, 1000, "noise", Noise, 1,                              \
       "search radius of the isolation test of the noise step")                                               \
     X(NoiseMinNeighbours, NoiseMinNeighbours, Count, 2, "", 0, 2147483647, "noise", Noise, 0,                \

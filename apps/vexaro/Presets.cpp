@@ -12,10 +12,11 @@ namespace vx::app {
 constexpr double kSteepTerrain = 0.25;
 
 /// Ground distance: noise widths above the lowest return that are still ground, and the
-/// bounds, in metres. 0.2 m is above the noise of every sample file (0.01-0.05 m); the cap
-/// keeps the distance under low plants and kerbs on noisy data.
+/// bounds, in metres. 0.15 m is above four noise widths of every sample file but the cliff
+/// (0.012-0.040 m) and takes little grass; the cap keeps the distance under low plants and
+/// kerbs on noisy data.
 constexpr double kNoiseMultiple = 4.0;
-constexpr double kLeastGroundDistance = 0.2;
+constexpr double kLeastGroundDistance = 0.15;
 constexpr double kMostGroundDistance = 0.5;
 
 const std::vector<Preset>& presets()
@@ -94,8 +95,11 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     height("TerrainStepHeight", 0.3, "0.3 m: above the roughness of bare ground");
     height("TerrainGroundDistance",
            std::clamp(kNoiseMultiple * scale.groundNoise, kLeastGroundDistance, kMostGroundDistance),
-           "4 x the ground noise, within 0.2-0.5 m: a ground return lies up to two noise widths below "
+           "4 x the ground noise, within 0.15-0.5 m: a ground return lies up to two noise widths below "
            "and above the mean, and the surface follows the lowest; grass, cars and hedges lie above");
+
+    height("TerrainGradientFactor", 1.25,
+           "1.25 m per unit of slope: the surface between cell centres is less sure where it is steep");
 
     length("NoiseRange", std::max(2.0, 4.0 * all),
            "4 x spacing, at least 2 m: a point with fewer than two others that near is isolated");
