@@ -90,8 +90,8 @@ TEST(GroundNoise, UnknownWithTooFewCells)
 
 TEST(GroundNoise, SetsTheGroundDistanceWithinItsBounds)
 {
-    EXPECT_DOUBLE_EQ(derivedGroundDistance(0.0), 0.15);    // unknown
-    EXPECT_DOUBLE_EQ(derivedGroundDistance(0.02), 0.15);   // a modern sensor
+    EXPECT_DOUBLE_EQ(derivedGroundDistance(0.0), 0.15);   // unknown
+    EXPECT_DOUBLE_EQ(derivedGroundDistance(0.02), 0.15);  // a modern sensor
     EXPECT_NEAR(derivedGroundDistance(0.08), 0.32, 1e-9); // four noise widths
     EXPECT_DOUBLE_EQ(derivedGroundDistance(0.3), 0.5);    // capped
 }
