@@ -111,23 +111,38 @@ TEST(SceneKinds, StrayReturnsBecomeNoiseNotTrees)
     EXPECT_GE(marked, stray * 9 / 10) << "stray returns are noise (class 7 by default)";
 }
 
-TEST(SceneKinds, FeetGiveTheClassesOfMetres)
+/// Share of the points of a generated scene of `kind` that get the same class in feet as in metres.
+double feetAgreeWithMetres(const std::string& kind)
 {
     for (const char* units : {"metres", "feet"}) {
-        const auto s = run({"scene", "-o", std::string(units) + ".las", "--density", "10", "--points",
-                            "40000", "--units", units, "-q"});
-        ASSERT_EQ(s.status, 0) << s.err;
-        const auto r =
-            run({"classify", std::string(units) + ".las", "-o", std::string("out-") + units + ".las", "-q"});
-        ASSERT_EQ(r.status, 0) << r.err;
+        const auto s = run({"scene", "-o", std::string(units) + ".las", "--kind", kind, "--density", "10",
+                            "--points", "40000", "--units", units, "-q"});
+        EXPECT_EQ(s.status, 0) << s.err;
+        const auto r = run({"classify", std::string(units) + ".las", "-o",
+                            std::string("out-") + units + ".las", "-q", "--set", "HostThreads=1"});
+        EXPECT_EQ(r.status, 0) << r.err;
     }
     const auto metres = classesOf((scratch() / "out-metres.las").string());
     const auto feet = classesOf((scratch() / "out-feet.las").string());
-    ASSERT_EQ(metres.size(), feet.size());
+    EXPECT_EQ(metres.size(), feet.size());
+    if (metres.empty() || metres.size() != feet.size())
+        return 0;
     std::size_t same = 0;
     for (std::size_t i = 0; i < metres.size(); ++i)
         same += metres[i] == feet[i];
-    EXPECT_GE(static_cast<double>(same) / static_cast<double>(metres.size()), 0.995);
+    return static_cast<double>(same) / static_cast<double>(metres.size());
+}
+
+TEST(SceneKinds, FeetGiveTheClassesOfMetres)
+{
+    EXPECT_GE(feetAgreeWithMetres("town"), 0.995);
+}
+
+TEST(SceneKinds, FeetGiveTheClassesOfMetresOnSlopes)
+{
+    // On 30-degree slopes the ground distance grows with the slope: an allowance read in the
+    // file's unit rather than in metres gives feet a third of it (98.5 % agreement).
+    EXPECT_GE(feetAgreeWithMetres("terraces"), 0.995);
 }
 
 TEST(SceneKinds, UnknownUnitsGetAWarning)
