@@ -117,6 +117,13 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
            "1.6 x spacing, at least 1.5 m: a handful of roof points, rarely across a ridge");
     height("EchoMinHeight", 2.0, "2 m above ground: the lowest sheds");
     height("EchoRoughness", 0.5, "0.5 m: roof planes and their edges pass, crowns do not");
+    // The building and vegetation steps' own tolerances: the library's values, which are metres,
+    // in the file's unit.
+    height("BuildingDfPBuilding", 0.2, "0.2 m from a seed's plane (the library's value, in the file's unit)");
+    height("BuildingMinHeight", 1.8, "1.8 m above the ground (the library's value, in the file's unit)");
+    height("Building2DistFPlane", 0.4, "0.4 m from the roof plane (the library's value, in the file's unit)");
+    height("Building3DetailsHeight", 0.4, "0.4 m (the library's value, in the file's unit)");
+    height("VegetationDfG", 0.3, "0.3 m (the library's value, in the file's unit)");
     height("VegetationLowLimit", 0.4, "0.4 m above ground");
     height("VegetationHighLimit", 2.0, "2 m above ground");
     return out;
