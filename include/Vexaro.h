@@ -168,6 +168,15 @@ public:
     /// and eaves whose neighbourhood fits no single plane. Needs what classifyRoofsByEchoes
     /// needs, and does nothing, with a message, where that does nothing.
     void growRoofsByEchoes(int buildingClass);
+    /// Grows the vegetation over the admitted points that canopy surrounds: an admitted point at
+    /// least VegetationLowLimit above the ground, from a pulse with several returns, joins when
+    /// at least EchoGrowthShare of the other points within EchoRange in plan that are that high
+    /// (of any class) are of the three classes, and takes the class of its height (below
+    /// VegetationHighLimit mediumClass, from it on highClass); passes repeat until none joins.
+    /// It takes the crowns that the vegetation step leaves where few returns reach the ground.
+    /// Needs what classifyRoofsByEchoes needs, and does nothing, with a message, where that does
+    /// nothing.
+    void growVegetationByEchoes(int lowClass, int mediumClass, int highClass);
     /// Gives the loaded cloud the number of returns of each point's pulse, in the order of the
     /// points (loadLASFile takes them from the file).
     void loadReturnCountsFromBuffer(const int* numberOfReturns, int count);

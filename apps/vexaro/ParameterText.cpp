@@ -69,7 +69,7 @@ std::string parameterStepsText(const vexaro::ParameterInfo& p)
         {vexaro::TerrainGround, "classifyTerrainGround"},
         {vexaro::Noise, "classifyNoise"},
         {vexaro::HeightAboveGround, "computeHeightAboveGround, classifyByHeightAboveGround"},
-        {vexaro::RoofEchoes, "classifyRoofsByEchoes, growRoofsByEchoes"},
+        {vexaro::RoofEchoes, "classifyRoofsByEchoes, growRoofsByEchoes, growVegetationByEchoes"},
     };
     std::string out;
     for (const auto& s : steps)

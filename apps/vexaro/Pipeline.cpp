@@ -246,6 +246,10 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
     if (options.terrainGround) {
         step.run("height above ground", "vegetation", {kLowVegetation, kMediumVegetation, kHighVegetation},
                  [&] {
+                     // Crowns the vegetation step left, where few returns reach the ground,
+                     // join the canopy around them.
+                     setAllowed(v, admit({kUnclassified, kPlanar, kScatter, kLinear}));
+                     v.growVegetationByEchoes(kLowVegetation, kMediumVegetation, kHighVegetation);
                      setAllowed(v, admit({kLowVegetation, kMediumVegetation, kHighVegetation}));
                      v.classifyByHeightAboveGround(kLowVegetation, kMediumVegetation, kHighVegetation);
                  });

@@ -1,4 +1,4 @@
-// The roof test and growth by echoes of the facade, and the return counts it reads for clouds that come
+// The roof test and the growths by echoes of the facade, and the return counts it reads for clouds that come
 // from buffers rather than LAS files.
 #include "api/StepRun.h"
 
@@ -34,6 +34,24 @@ template <class T> void Vexaro<T>::growRoofsByEchoes(int buildingClass)
     runStep("both", [&] { VX_STEP(runRoofGrowth, runRoofGrowth); });
 }
 
+template <class T> void Vexaro<T>::growVegetationByEchoes(int lowClass, int mediumClass, int highClass)
+{
+    if (!core->dataLoaded) {
+        facadeMessage(0, "ERROR! Data not loaded!");
+        return;
+    }
+    if (!parametersValidFor(vexaro::RoofEchoes | vexaro::HeightAboveGround))
+        return;
+    if (pointCount() == 0) {
+        core->msg(0, "Vegetation growth by echoes skipped: the cloud holds no points");
+        return;
+    }
+    core->slots.TargetClass = lowClass;
+    core->slots.TargetClass2 = mediumClass;
+    core->slots.TargetClass3 = highClass;
+    runStep("both", [&] { VX_STEP(runVegetationGrowth, runVegetationGrowth); });
+}
+
 template <class T> void Vexaro<T>::loadReturnCountsFromBuffer(const int* numberOfReturns, int count)
 {
     const auto n = core->store.records.size();
@@ -61,5 +79,7 @@ template void Vexaro<float>::classifyRoofsByEchoes(int);
 template void Vexaro<double>::classifyRoofsByEchoes(int);
 template void Vexaro<float>::growRoofsByEchoes(int);
 template void Vexaro<double>::growRoofsByEchoes(int);
+template void Vexaro<float>::growVegetationByEchoes(int, int, int);
+template void Vexaro<double>::growVegetationByEchoes(int, int, int);
 template void Vexaro<float>::loadReturnCountsFromBuffer(const int*, int);
 template void Vexaro<double>::loadReturnCountsFromBuffer(const int*, int);

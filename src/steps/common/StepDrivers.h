@@ -30,6 +30,7 @@ VX_DECLARE_STEP(runHeightAboveGround)
 VX_DECLARE_STEP(runHeightTiers)
 VX_DECLARE_STEP(runRoofEchoes)
 VX_DECLARE_STEP(runRoofGrowth)
+VX_DECLARE_STEP(runVegetationGrowth)
 
 #undef VX_DECLARE_STEP
 

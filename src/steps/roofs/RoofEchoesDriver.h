@@ -96,49 +96,4 @@ template <class T> void runRoofEchoes(StepContext<T>& c)
     c.msg(2, "Roof search by echoes done!");
 }
 
-/// Grows the roofs over the raised single-return points they surround (see JudgeRoofGrowth),
-/// pass after pass until none joins. Each pass adds a rim of at most EchoRange, so a pass count
-/// of the cloud's extent over EchoRange bounds the loop; the cap keeps a pathological cloud from
-/// running on.
-template <class T> void runRoofGrowth(StepContext<T>& c)
-{
-    constexpr int kMostPasses = 100;
-    const int n = c.pointCount();
-    const int buildingClass = c.slots().TargetClass;
-    c.msg(4, "Roof growth by echoes, class", buildingClass);
-    if (!echoesUsable(c, "Roof growth by echoes", "Roof growth by echoes"))
-        return;
-    const auto& heights = c.template state<HeightAboveGroundState>();
-    const Backend be = c.backend();
-    Buffer<uint8_t> counts(be, static_cast<std::size_t>(n)), verdict(be, static_cast<std::size_t>(n));
-    c.checkDeviceError();
-    if (!counts || !verdict) {
-        c.msg(0, "ERROR! Roof growth by echoes aborted - too little memory!");
-        return;
-    }
-    counts.upload(c.returnCounts().data(), static_cast<std::size_t>(n));
-    const LaunchConfig cfg = c.launchConfig(n);
-    std::size_t grown = 0;
-    c.visit([&](auto layout) {
-        using L = decltype(layout);
-        orderedXyz(c, layout);
-        const auto views = c.views(layout);
-        for (int pass = 0; pass < kMostPasses; ++pass) {
-            launch(cfg, n,
-                   k_judgeRoofGrowth<T, L>{views, heights.heights.data(), counts.data(), verdict.data(),
-                                           c.par().EchoRange, c.par().EchoMinHeight, c.par().EchoGrowthShare,
-                                           buildingClass});
-            c.checkDeviceError();
-            const std::size_t joined = countIf(verdict.data(), n, IsRoof{});
-            if (joined == 0)
-                break;
-            launch(cfg, n, k_markRoofs<T, L>{views, verdict.data(), buildingClass});
-            c.checkDeviceError();
-            grown += joined;
-        }
-    });
-    c.msg(2, "Roof points grown by echoes:", grown);
-    c.msg(2, "Roof growth by echoes done!");
-}
-
 } // namespace vx::VX_BACKEND_NS

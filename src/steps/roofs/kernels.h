@@ -115,51 +115,6 @@ struct MarkRoofs : NeighbourhoodKernel<T, Points, Index, Groups> {
 };
 template <class T, class L> using k_markRoofs = OnLayout<MarkRoofs, T, L>;
 
-/// One pass of growing the roofs over the points the tests left: the admitted point at sorted
-/// position i, raised (height above ground at least minHeight) and from a single-return pulse,
-/// joins the building when, of the other raised points within range in plan, whatever their
-/// class, at least share are of buildingClass. A roof edge or ridge, whose neighbourhood spans
-/// two planes or the eaves, is surrounded by roof; a crown beside a roof is surrounded by its own
-/// canopy. Writes a verdict per point from the classes of the last pass, so the result does not
-/// depend on the order of the points.
-template <class T, class Points, class Index, class Groups>
-struct JudgeRoofGrowth : NeighbourhoodKernel<T, Points, Index, Groups> {
-    const float* height;    ///< height above ground, by point index
-    const uint8_t* returns; ///< number of returns of the point's pulse, by point index
-    uint8_t* verdict;       ///< 1: joins the roof, by point index
-    T range;
-    T minHeight;
-    float share;
-    int buildingClass;
-
-    VX_HD bool raised(int q) const { return height[q] >= static_cast<float>(minHeight); }
-
-    VX_HD void operator()(int i) const
-    {
-        if (i >= this->count)
-            return;
-        const int p = this->itg.pointIndex(i);
-        verdict[p] = 0;
-        if (this->ownPoint(i) < 0 || this->pts.cls(p) == buildingClass || !raised(p) || returns[p] > 1)
-            return;
-        const T px = this->pts.x(p), py = this->pts.y(p);
-        const T range2 = range * range;
-        int count = 0, roof = 0;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
-            if (q == p || !raised(q))
-                return;
-            if (planSquared<T>(T(this->xOf(q, j)) - px, T(this->yOf(q, j)) - py) > range2)
-                return;
-            ++count;
-            if (this->pts.cls(q) == buildingClass)
-                ++roof;
-        });
-        if (count > 0 && static_cast<float>(roof) >= share * static_cast<float>(count))
-            verdict[p] = 1;
-    }
-};
-template <class T, class L> using k_judgeRoofGrowth = OnLayout<JudgeRoofGrowth, T, L>;
-
 /// Verdicts of roofs, for counting.
 struct IsRoof {
     VX_HD bool operator()(uint8_t v) const { return v == 1; }
