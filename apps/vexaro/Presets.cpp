@@ -10,6 +10,9 @@ namespace vx::app {
 /// Median slope of the coarse terrain above which "auto" takes the mountain preset: about 14
 /// degrees, steeper than towns and farmland are over most of their area.
 constexpr double kSteepTerrain = 0.25;
+/// Median slope below which "auto" takes the flat preset: half the slope that preset keeps, so
+/// that the slopes of such terrain, steeper than its median in places, stay under its limit.
+constexpr double kFlatTerrain = 0.125;
 
 /// Ground distance: noise widths above the lowest return that are still ground, and the
 /// bounds, in metres. 0.15 m is above four noise widths of every sample file but the cliff
@@ -43,7 +46,9 @@ const std::vector<Preset>& presets()
 
 const Preset& presetFor(const DataScale& scale)
 {
-    return presetNamed(scale.terrainSlope > kSteepTerrain ? "mountain" : "general");
+    if (scale.terrainSlope > kSteepTerrain)
+        return presetNamed("mountain");
+    return presetNamed(scale.terrainSlope < kFlatTerrain ? "flat" : "general");
 }
 
 const Preset& presetNamed(const std::string& name)
@@ -133,7 +138,7 @@ std::string derivationRules()
 {
     std::ostringstream s;
     s << "Presets (--preset; auto takes mountain where the median terrain slope exceeds " << kSteepTerrain
-      << ", general elsewhere):\n";
+      << ", flat where it is under " << kFlatTerrain << ", general elsewhere):\n";
     for (const auto& p : presets())
         s << "  " << p.name << ": " << p.description << "; TerrainWindow " << p.terrainWindow
           << " m, TerrainSlope " << p.terrainSlope << ", TerrainClimb " << p.terrainClimb
