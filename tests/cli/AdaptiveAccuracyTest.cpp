@@ -43,7 +43,7 @@ class SceneKinds : public ::testing::TestWithParam<SceneCase> {};
 TEST_P(SceneKinds, DefaultCommandFindsGroundBuildingsAndVegetation)
 {
     // Ground meets its target on every kind; buildings and vegetation are held at what they
-    // reach today on these small scenes (the targets 0.90 and 0.85 are the disabled case below).
+    // reach on every kind (the targets 0.90 and 0.85 are SceneTargets below).
     const auto e = classifyScene(GetParam());
     EXPECT_LT(e.totalError, 0.05) << "ground total error";
     if (GetParam().buildings)
@@ -51,31 +51,55 @@ TEST_P(SceneKinds, DefaultCommandFindsGroundBuildingsAndVegetation)
     EXPECT_GE(e.f1(vx::app::kVegetationCategory), 0.70) << "vegetation F1";
 }
 
-TEST_P(SceneKinds, DISABLED_BuildingsAndVegetationReachTheirTargets)
+/// The targets: building F1 0.90 where buildings exist, vegetation F1 0.85, tiers right for 85 %
+/// of the vegetation.
+void expectTargets(const vx::app::Evaluation& e, bool buildings)
 {
-    // Not met yet: town at 10 pts/m2 reaches building F1 0.89, town at 30 vegetation F1 0.84 and
-    // terraces vegetation F1 0.71 (scenes of 60,000 points, seed 1).
-    const auto e = classifyScene(GetParam());
-    if (GetParam().buildings)
+    if (buildings)
         EXPECT_GE(e.f1(vx::app::kBuildingCategory), 0.90) << "building F1";
     EXPECT_GE(e.f1(vx::app::kVegetationCategory), 0.85) << "vegetation F1";
     EXPECT_GE(e.tierAccuracy, 0.85) << "tiers";
 }
 
+class SceneTargets : public ::testing::TestWithParam<SceneCase> {};
+
+TEST_P(SceneTargets, BuildingsAndVegetationReachTheirTargets)
+{
+    expectTargets(classifyScene(GetParam()), GetParam().buildings);
+}
+
 INSTANTIATE_TEST_SUITE_P(
-    Scenes, SceneKinds,
-    ::testing::Values(SceneCase{"town", "1", "30000", true}, SceneCase{"town", "10", "60000", true},
-                      SceneCase{"town", "30", "60000", true}, SceneCase{"hall", "10", "60000", true},
-                      SceneCase{"terraces", "10", "60000", true}, SceneCase{"forest", "10", "60000", false}),
+    Scenes, SceneTargets,
+    ::testing::Values(SceneCase{"town", "1", "30000", true}, SceneCase{"hall", "10", "60000", true},
+                      SceneCase{"forest", "10", "60000", false}, SceneCase{"forest", "1", "30000", false}),
     [](const auto& info) { return std::string(info.param.kind) + "_" + info.param.density; });
+
+class SceneTargetsNotMet : public ::testing::TestWithParam<SceneCase> {};
+
+TEST_P(SceneTargetsNotMet, DISABLED_BuildingsAndVegetationReachTheirTargets)
+{
+    // Not met yet (scenes of 60,000 points, seed 1): town at 10 pts/m2 reaches building F1
+    // 0.89, town at 30 tiers 0.76 and terraces vegetation F1 0.83 and tiers 0.71: their grass
+    // returns lie within the ground distance of the bare earth.
+    expectTargets(classifyScene(GetParam()), GetParam().buildings);
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenes, SceneTargetsNotMet,
+                         ::testing::Values(SceneCase{"town", "10", "60000", true},
+                                           SceneCase{"town", "30", "60000", true},
+                                           SceneCase{"terraces", "10", "60000", true}),
+                         [](const auto& info) {
+                             return std::string(info.param.kind) + "_" + info.param.density;
+                         });
 
 TEST(SceneKinds, SparseTownKeepsItsGroundAndFindsItsRoofs)
 {
     // At 0.2 pulses per square metre a house holds a handful of returns: the ground is still
-    // found, and the roofs by their single echoes (the building steps alone reach F1 0.3 here).
+    // found, and the roofs by their single echoes and the growth over their ridges and eaves
+    // (the building steps alone reach F1 0.3 here).
     const auto e = classifyScene({"town", "0.2", "15000", true});
     EXPECT_LT(e.totalError, 0.05);
-    EXPECT_GE(e.f1(vx::app::kBuildingCategory), 0.75) << "building F1";
+    EXPECT_GE(e.f1(vx::app::kBuildingCategory), 0.90) << "building F1";
 }
 
 TEST(SceneKinds, HillyTownAndTerracesKeepTheirGround)
