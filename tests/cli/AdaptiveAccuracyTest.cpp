@@ -51,6 +51,13 @@ TEST_P(SceneKinds, DefaultCommandFindsGroundBuildingsAndVegetation)
     EXPECT_GE(e.f1(vx::app::kVegetationCategory), 0.70) << "vegetation F1";
 }
 
+INSTANTIATE_TEST_SUITE_P(
+    Scenes, SceneKinds,
+    ::testing::Values(SceneCase{"town", "1", "30000", true}, SceneCase{"town", "10", "60000", true},
+                      SceneCase{"town", "30", "60000", true}, SceneCase{"hall", "10", "60000", true},
+                      SceneCase{"terraces", "10", "60000", true}, SceneCase{"forest", "10", "60000", false}),
+    [](const auto& info) { return std::string(info.param.kind) + "_" + info.param.density; });
+
 /// The targets: building F1 0.90 where buildings exist, vegetation F1 0.85, tiers right for 85 %
 /// of the vegetation.
 void expectTargets(const vx::app::Evaluation& e, bool buildings)
