@@ -207,6 +207,9 @@ private:
     /// The heights of the loaded cloud in file order, or empty when none were computed for it.
     std::vector<float> heightsAboveGround();
     bool parametersValidFor(unsigned steps);
+    /// Whether an added step may run: data loaded, the parameters of `steps` valid and at least
+    /// one point; otherwise says why (`step` names it in the message for an empty cloud).
+    bool addedStepReady(unsigned steps, const char* step);
     void facadeMessage(int level, const std::string& text, const std::string& value = "");
 };
 

@@ -7,16 +7,8 @@
 // other alone.
 template <class T> void Vexaro<T>::classifyNoise(int lowNoiseClass, int highNoiseClass)
 {
-    if (!core->dataLoaded) {
-        facadeMessage(0, "ERROR! Data not loaded!");
+    if (!addedStepReady(vexaro::Noise, "Noise search"))
         return;
-    }
-    if (!parametersValidFor(vexaro::Noise))
-        return;
-    if (pointCount() == 0) {
-        core->msg(0, "Noise search skipped: the cloud holds no points");
-        return;
-    }
     core->slots.TargetClass = lowNoiseClass;
     core->slots.TargetClass2 = highNoiseClass;
     runStep("both", [&] { VX_STEP(runNoise, runNoise); });

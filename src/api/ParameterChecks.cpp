@@ -46,6 +46,21 @@ template <class T> bool Vexaro<T>::parametersValidFor(unsigned steps)
     return true;
 }
 
+template <class T> bool Vexaro<T>::addedStepReady(unsigned steps, const char* step)
+{
+    if (!core->dataLoaded) {
+        facadeMessage(0, "ERROR! Data not loaded!");
+        return false;
+    }
+    if (!parametersValidFor(steps))
+        return false;
+    if (pointCount() == 0) {
+        core->msg(0, std::string(step) + " skipped: the cloud holds no points");
+        return false;
+    }
+    return true;
+}
+
 template <class T> double Vexaro<T>::rangeGridCellSize() const
 {
     double values[vexaro::parameterCount];
@@ -64,6 +79,8 @@ template <class T> void Vexaro<T>::regularGridDecomposition2DFromRanges()
 
 template bool Vexaro<float>::parametersValidFor(unsigned);
 template bool Vexaro<double>::parametersValidFor(unsigned);
+template bool Vexaro<float>::addedStepReady(unsigned, const char*);
+template bool Vexaro<double>::addedStepReady(unsigned, const char*);
 template double Vexaro<float>::rangeGridCellSize() const;
 template double Vexaro<double>::rangeGridCellSize() const;
 template void Vexaro<float>::regularGridDecomposition2DFromRanges();

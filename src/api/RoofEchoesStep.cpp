@@ -4,48 +4,24 @@
 
 template <class T> void Vexaro<T>::classifyRoofsByEchoes(int buildingClass)
 {
-    if (!core->dataLoaded) {
-        facadeMessage(0, "ERROR! Data not loaded!");
+    if (!addedStepReady(vexaro::RoofEchoes, "Roof search by echoes"))
         return;
-    }
-    if (!parametersValidFor(vexaro::RoofEchoes))
-        return;
-    if (pointCount() == 0) {
-        core->msg(0, "Roof search by echoes skipped: the cloud holds no points");
-        return;
-    }
     core->slots.TargetClass = buildingClass;
     runStep("both", [&] { VX_STEP(runRoofEchoes, runRoofEchoes); });
 }
 
 template <class T> void Vexaro<T>::growRoofsByEchoes(int buildingClass)
 {
-    if (!core->dataLoaded) {
-        facadeMessage(0, "ERROR! Data not loaded!");
+    if (!addedStepReady(vexaro::RoofEchoes, "Roof growth by echoes"))
         return;
-    }
-    if (!parametersValidFor(vexaro::RoofEchoes))
-        return;
-    if (pointCount() == 0) {
-        core->msg(0, "Roof growth by echoes skipped: the cloud holds no points");
-        return;
-    }
     core->slots.TargetClass = buildingClass;
     runStep("both", [&] { VX_STEP(runRoofGrowth, runRoofGrowth); });
 }
 
 template <class T> void Vexaro<T>::growVegetationByEchoes(int lowClass, int mediumClass, int highClass)
 {
-    if (!core->dataLoaded) {
-        facadeMessage(0, "ERROR! Data not loaded!");
+    if (!addedStepReady(vexaro::RoofEchoes | vexaro::HeightAboveGround, "Vegetation growth by echoes"))
         return;
-    }
-    if (!parametersValidFor(vexaro::RoofEchoes | vexaro::HeightAboveGround))
-        return;
-    if (pointCount() == 0) {
-        core->msg(0, "Vegetation growth by echoes skipped: the cloud holds no points");
-        return;
-    }
     core->slots.TargetClass = lowClass;
     core->slots.TargetClass2 = mediumClass;
     core->slots.TargetClass3 = highClass;
