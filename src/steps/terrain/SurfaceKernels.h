@@ -186,6 +186,37 @@ struct k_markObjects {
     }
 };
 
+/// The climb's reach between neighbouring cells: climb per cell edge (times the diagonal for
+/// corner neighbours), never more than maxRise.
+struct ClimbReach {
+    float climb;   ///< height per cell edge
+    float maxRise; ///< largest height difference joined, whatever the distance (walls stay)
+
+    VX_HD bool joins(float a, float b, bool diagonal) const
+    {
+        float reach = diagonal ? climb * 1.41421356f : climb;
+        reach = reach < maxRise ? reach : maxRise;
+        const float d = a - b;
+        return d <= reach && d >= -reach;
+    }
+};
+
+/// Calls visit(q, diagonal) for the eight neighbours of cell i inside an nx x ny raster, until
+/// visit returns true; returns whether one did.
+template <class Visitor> VX_HD bool anyRasterNeighbour(int i, int nx, int ny, Visitor&& visit)
+{
+    const int x = i % nx, y = i / nx;
+    for (int dy = -1; dy <= 1; ++dy)
+        for (int dx = -1; dx <= 1; ++dx) {
+            const int qx = x + dx, qy = y + dy;
+            if ((dx == 0 && dy == 0) || qx < 0 || qy < 0 || qx >= nx || qy >= ny)
+                continue;
+            if (visit(qy * nx + qx, dx != 0 && dy != 0))
+                return true;
+        }
+    return false;
+}
+
 /// One pass of giving object cells back to the terrain: a cell whose lowest point lies within
 /// climb x distance of the lowest point of a terrain neighbour (eight-connected) is terrain, so
 /// the terrain climbs slopes and cliffs that have returns on their face, while a roof, whose
@@ -196,33 +227,21 @@ struct k_climbFromTerrain {
     const unsigned char* objectIn;
     unsigned char* objectOut;
     int nx, ny;
-    float climb;   ///< height per cell edge
-    float maxRise; ///< largest height difference climbed, whatever the distance (walls stay)
-    int* changed;  ///< set to 1 when a cell is given back
+    ClimbReach reach;
+    int* changed; ///< set to 1 when a cell is given back
 
     VX_HD void operator()(int i) const
     {
         objectOut[i] = objectIn[i];
         if (!objectIn[i] || isEmptyHeight(lowest[i]))
             return;
-        const int x = i % nx, y = i / nx;
-        for (int dy = -1; dy <= 1; ++dy)
-            for (int dx = -1; dx <= 1; ++dx) {
-                const int qx = x + dx, qy = y + dy;
-                if ((dx == 0 && dy == 0) || qx < 0 || qy < 0 || qx >= nx || qy >= ny)
-                    continue;
-                const int q = qy * nx + qx;
-                if (objectIn[q] || isEmptyHeight(lowest[q]))
-                    continue;
-                float reach = (dx != 0 && dy != 0) ? climb * 1.41421356f : climb;
-                reach = reach < maxRise ? reach : maxRise;
-                const float d = lowest[i] - lowest[q];
-                if (d <= reach && d >= -reach) {
-                    objectOut[i] = 0;
-                    *changed = 1;
-                    return;
-                }
-            }
+        const bool climbed = anyRasterNeighbour(i, nx, ny, [&](int q, bool diagonal) {
+            return !objectIn[q] && !isEmptyHeight(lowest[q]) && reach.joins(lowest[i], lowest[q], diagonal);
+        });
+        if (climbed) {
+            objectOut[i] = 0;
+            *changed = 1;
+        }
     }
 };
 
@@ -240,31 +259,20 @@ struct k_spreadObjectSpan {
     float* loOut;
     float* hiOut;
     int nx, ny;
-    float climb;   ///< height per cell edge
-    float maxRise; ///< largest height difference joined, whatever the distance
+    ClimbReach reach;
     int* changed;
 
     VX_HD void operator()(int i) const
     {
         float lo = loIn[i], hi = hiIn[i];
         if (object[i] && !isEmptyHeight(lowest[i])) {
-            const int x = i % nx, y = i / nx;
-            for (int dy = -1; dy <= 1; ++dy)
-                for (int dx = -1; dx <= 1; ++dx) {
-                    const int qx = x + dx, qy = y + dy;
-                    if ((dx == 0 && dy == 0) || qx < 0 || qy < 0 || qx >= nx || qy >= ny)
-                        continue;
-                    const int q = qy * nx + qx;
-                    if (!object[q] || isEmptyHeight(lowest[q]))
-                        continue;
-                    float reach = (dx != 0 && dy != 0) ? climb * 1.41421356f : climb;
-                    reach = reach < maxRise ? reach : maxRise;
-                    const float d = lowest[i] - lowest[q];
-                    if (d > reach || d < -reach)
-                        continue;
+            anyRasterNeighbour(i, nx, ny, [&](int q, bool diagonal) {
+                if (object[q] && !isEmptyHeight(lowest[q]) && reach.joins(lowest[i], lowest[q], diagonal)) {
                     lo = loIn[q] < lo ? loIn[q] : lo;
                     hi = hiIn[q] > hi ? hiIn[q] : hi;
                 }
+                return false;
+            });
             if (lo != loIn[i] || hi != hiIn[i])
                 *changed = 1;
         }

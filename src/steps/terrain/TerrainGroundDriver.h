@@ -47,11 +47,12 @@ void openSurface(const StepContext<T>& c, const RasterGrid& g, const float* lowe
     launch(c.launchConfig(cells), cells, k_unknownAs{b.data(), lowest, kUnknown});
 }
 
-/// The largest height difference between neighbouring cells that the climb joins.
-template <class P> float climbMaxRise(const P& par)
+/// The climb's reach between neighbouring cells of edge `cell`.
+template <class P> ClimbReach climbReach(const P& par, float cell)
 {
-    return par.TerrainClimbMaxRise > 0 ? static_cast<float>(par.TerrainClimbMaxRise)
-                                       : std::numeric_limits<float>::max();
+    return {static_cast<float>(par.TerrainClimb) * cell, par.TerrainClimbMaxRise > 0
+                                                             ? static_cast<float>(par.TerrainClimbMaxRise)
+                                                             : std::numeric_limits<float>::max()};
 }
 
 /// Clears the object flag of every smooth object whose height span exceeds
@@ -69,13 +70,12 @@ void releaseTallObjects(const StepContext<T>& c, const RasterGrid& g, const floa
     mem::copy(backend, lo.data(), lowest, sizeof(float) * cells);
     mem::copy(backend, hi.data(), lowest, sizeof(float) * cells);
     Buffer<int> changed(backend, 1);
-    const float climb = static_cast<float>(par.TerrainClimb) * g.cell;
-    const float maxRise = climbMaxRise(par);
+    const ClimbReach reach = climbReach(par, g.cell);
     for (int pass = 0; pass < 4 * widest + 4; ++pass) {
         fillWith(changed.data(), 1, 0);
         launch(c.launchConfig(cells), cells,
                k_spreadObjectSpan{lowest, object.data(), lo.data(), hi.data(), lo2.data(), hi2.data(), g.nx,
-                                  g.ny, climb, maxRise, changed.data()});
+                                  g.ny, reach, changed.data()});
         std::swap(lo, lo2);
         std::swap(hi, hi2);
         int any = 0;
@@ -165,13 +165,12 @@ template <class T> void runTerrainGround(StepContext<T>& c)
         if (par.TerrainClimb > 0) {
             Buffer<unsigned char> other(backend, cells);
             Buffer<int> changed(backend, 1);
-            const float climb = static_cast<float>(par.TerrainClimb) * static_cast<float>(cell);
-            const float maxRise = climbMaxRise(par);
+            const ClimbReach reach = climbReach(par, static_cast<float>(cell));
             for (int pass = 0; pass < 2 * widest + 2; ++pass) {
                 fillWith(changed.data(), 1, 0);
                 launch(c.launchConfig(cells), cells,
-                       k_climbFromTerrain{lowest.data(), object.data(), other.data(), g.nx, g.ny, climb,
-                                          maxRise, changed.data()});
+                       k_climbFromTerrain{lowest.data(), object.data(), other.data(), g.nx, g.ny, reach,
+                                          changed.data()});
                 std::swap(object, other);
                 int any = 0;
                 changed.download(&any, 1);
