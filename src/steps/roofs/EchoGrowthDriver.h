@@ -37,7 +37,7 @@ std::size_t growByEchoes(StepContext<T>& c, const EchoGrowthParams<T>& par, T lo
                 cfg, n,
                 k_judgeEchoGrowth<T, L>{views, heights.heights.data(), counts.data(), verdict.data(), par});
             c.checkDeviceError();
-            const std::size_t joined = countIf(verdict.data(), n, IsRoof{});
+            const std::size_t joined = countIf(verdict.data(), n, IsMarked{});
             if (joined == 0)
                 break;
             launch(cfg, n,

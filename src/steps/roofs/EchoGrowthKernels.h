@@ -42,10 +42,14 @@ struct JudgeEchoGrowth : NeighbourhoodKernel<T, Points, Index, Groups> {
         if (i >= this->count)
             return;
         const int p = this->itg.pointIndex(i);
-        verdict[p] = 0;
+        verdict[p] = judge(i, p) ? 1 : 0;
+    }
+
+    VX_HD bool judge(int i, int p) const
+    {
         if (this->ownPoint(i) < 0 || par.grown(this->pts.cls(p)) || !raised(p) ||
             (returns[p] > 1) != par.severalEchoes)
-            return;
+            return false;
         const T px = this->pts.x(p), py = this->pts.y(p);
         const T range2 = par.range * par.range;
         int count = 0, grown = 0;
@@ -58,8 +62,7 @@ struct JudgeEchoGrowth : NeighbourhoodKernel<T, Points, Index, Groups> {
             if (par.grown(this->pts.cls(q)))
                 ++grown;
         });
-        if (count > 0 && static_cast<float>(grown) >= par.share * static_cast<float>(count))
-            verdict[p] = 1;
+        return count > 0 && static_cast<float>(grown) >= par.share * static_cast<float>(count);
     }
 };
 template <class T, class L> using k_judgeEchoGrowth = OnLayout<JudgeEchoGrowth, T, L>;

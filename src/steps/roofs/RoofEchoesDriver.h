@@ -92,7 +92,7 @@ template <class T> void runRoofEchoes(StepContext<T>& c)
         launch(cfg, n, k_markRoofs<T, L>{views, verdict.data(), buildingClass});
         c.checkDeviceError();
     });
-    c.msg(2, "Roof points by echoes:", countIf(verdict.data(), n, IsRoof{}));
+    c.msg(2, "Roof points by echoes:", countIf(verdict.data(), n, IsMarked{}));
     c.msg(2, "Roof search by echoes done!");
 }
 

@@ -115,8 +115,8 @@ struct MarkRoofs : NeighbourhoodKernel<T, Points, Index, Groups> {
 };
 template <class T, class L> using k_markRoofs = OnLayout<MarkRoofs, T, L>;
 
-/// Verdicts of roofs, for counting.
-struct IsRoof {
+/// Verdicts of 1 (a roof point, or a point that joins a growth), for counting.
+struct IsMarked {
     VX_HD bool operator()(uint8_t v) const { return v == 1; }
 };
 
