@@ -2,10 +2,17 @@
 
 #include "exec/Backend.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sys/wait.h>
 
 namespace vxtest {
+
+bool anyLineStartsWith(const std::vector<std::string>& lines, const std::string& start)
+{
+    return std::any_of(lines.begin(), lines.end(),
+                       [&](const std::string& l) { return l.rfind(start, 0) == 0; });
+}
 
 std::vector<std::string> CaptureStdout::lines() const
 {

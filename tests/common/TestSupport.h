@@ -28,6 +28,9 @@ private:
     std::streambuf* old_;
 };
 
+/// Whether one of `lines` starts with `start`.
+bool anyLineStartsWith(const std::vector<std::string>& lines, const std::string& start);
+
 /// Replaces the library's clock for its lifetime: every reading is `step` ticks of 100 ns after
 /// the one before, so a step or a decomposition lasts exactly `step` ticks and its timing lines
 /// are known in advance.

@@ -84,12 +84,6 @@ std::vector<std::string> runStep(Vexaro<T>& v, const Setting& s, EchoScene<T>& s
     return out.lines();
 }
 
-bool printed(const std::vector<std::string>& lines, const std::string& start)
-{
-    return std::any_of(lines.begin(), lines.end(),
-                       [&](const std::string& l) { return l.rfind(start, 0) == 0; });
-}
-
 template <class T> void roofsAndOnlyRoofs(const Setting& s)
 {
     auto scene = echoScene<T>();
@@ -124,8 +118,8 @@ TEST_P(RoofEchoes, RefusesWithoutHeightsOrReturnCounts)
         auto scene = echoScene<float>();
         Vexaro<float> v;
         const auto lines = runStep(v, GetParam(), scene, withReturns, !withReturns);
-        EXPECT_TRUE(printed(lines, withReturns ? "ERROR! No heights above ground for this cloud"
-                                               : "ERROR! No return counts for this cloud"));
+        EXPECT_TRUE(anyLineStartsWith(lines, withReturns ? "ERROR! No heights above ground for this cloud"
+                                                         : "ERROR! No return counts for this cloud"));
         const auto cls = classes(v);
         EXPECT_EQ(std::count(cls.begin(), cls.end(), kBuildingClass), 0);
     }
@@ -137,7 +131,7 @@ TEST_P(RoofEchoes, SingleReturnDataIsLeftAlone)
     std::fill(scene.returns.begin(), scene.returns.end(), 1);
     Vexaro<float> v;
     const auto lines = runStep(v, GetParam(), scene);
-    EXPECT_TRUE(printed(lines, "Roofs by echoes not run: too few pulses with several returns"));
+    EXPECT_TRUE(anyLineStartsWith(lines, "Roofs by echoes not run: too few pulses with several returns"));
     const auto cls = classes(v);
     EXPECT_EQ(std::count(cls.begin(), cls.end(), kBuildingClass), 0);
 }
@@ -147,7 +141,7 @@ TEST_P(RoofEchoes, RefusesColumnsNarrowerThanItsRange)
     auto scene = echoScene<float>();
     Vexaro<float> v;
     const auto lines = runStep(v, GetParam(), scene, true, true, 1.0);
-    EXPECT_TRUE(printed(lines, "ERROR! Grid columns narrower than EchoRange; step not run."));
+    EXPECT_TRUE(anyLineStartsWith(lines, "ERROR! Grid columns narrower than EchoRange; step not run."));
     const auto cls = classes(v);
     EXPECT_EQ(std::count(cls.begin(), cls.end(), kBuildingClass), 0);
 }
@@ -171,7 +165,7 @@ TEST_P(RoofEchoes, ReturnCountsOfTheWrongLengthOrRangeAreNotKept)
     v.regularGridDecomposition2D(2.f, 2.f);
     v.computeHeightAboveGround(kGroundClass);
     v.classifyRoofsByEchoes(kBuildingClass);
-    EXPECT_TRUE(printed(out.lines(), "ERROR! No return counts for this cloud"));
+    EXPECT_TRUE(anyLineStartsWith(out.lines(), "ERROR! No return counts for this cloud"));
 }
 
 TEST_P(RoofEchoes, ANewCloudDropsTheReturnCounts)
@@ -185,7 +179,7 @@ TEST_P(RoofEchoes, ANewCloudDropsTheReturnCounts)
     v.regularGridDecomposition2D(2.f, 2.f);
     v.computeHeightAboveGround(kGroundClass);
     v.classifyRoofsByEchoes(kBuildingClass);
-    EXPECT_TRUE(printed(out.lines(), "ERROR! No return counts for this cloud"));
+    EXPECT_TRUE(anyLineStartsWith(out.lines(), "ERROR! No return counts for this cloud"));
 }
 
 TEST_P(RoofEchoes, VerdictsDoNotDependOnTheThreads)
