@@ -7,12 +7,18 @@
 
 namespace vx::app {
 
-/// Median slope of the coarse terrain above which "auto" takes the mountain preset: about 14
-/// degrees, steeper than towns and farmland are over most of their area.
-constexpr double kSteepTerrain = 0.25;
-/// Median slope below which "auto" takes the flat preset: half the slope that preset keeps, so
-/// that the slopes of such terrain, steeper than its median in places, stay under its limit.
-constexpr double kFlatTerrain = 0.125;
+/// Terrain slope (the 90th percentile, see terrainSteepness) above which "auto" takes the
+/// mountain preset: a tenth of the terrain rises more than 0.4 (about 22 degrees), close to the
+/// 0.5 that the general preset keeps. Towns and farmland, rolling or not, stay under 0.3.
+constexpr double kSteepTerrain = 0.4;
+/// Terrain slope below which "auto" takes the flat preset: nine tenths of the terrain rise less
+/// than 0.2, which leaves the rest room under the 0.25 that preset keeps.
+constexpr double kFlatTerrain = 0.2;
+/// Returns per pulse from which "auto" takes the forest preset where the terrain is not steep:
+/// every second pulse or more meets a canopy before the ground. Towns with trees give 1.0-1.4.
+/// Under such a canopy few returns reach the ground, and the flat preset's low slope limit would
+/// cut ground that lies a few cells from the next ground return.
+constexpr double kClosedCanopy = 1.5;
 
 /// Ground distance: noise widths above the lowest return that are still ground, and the
 /// bounds, in metres. 0.15 m is above four noise widths of every sample file but the cliff
@@ -48,6 +54,8 @@ const Preset& presetFor(const DataScale& scale)
 {
     if (scale.terrainSlope > kSteepTerrain)
         return presetNamed("mountain");
+    if (scale.returnsPerPulse >= kClosedCanopy)
+        return presetNamed("forest");
     return presetNamed(scale.terrainSlope < kFlatTerrain ? "flat" : "general");
 }
 
@@ -137,8 +145,9 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
 std::string derivationRules()
 {
     std::ostringstream s;
-    s << "Presets (--preset; auto takes mountain where the median terrain slope exceeds " << kSteepTerrain
-      << ", flat where it is under " << kFlatTerrain << ", general elsewhere):\n";
+    s << "Presets (--preset; auto takes mountain where the terrain slope exceeds " << kSteepTerrain
+      << ", forest where pulses give " << kClosedCanopy << " returns or more, flat where the slope is under "
+      << kFlatTerrain << ", general elsewhere):\n";
     for (const auto& p : presets())
         s << "  " << p.name << ": " << p.description << "; TerrainWindow " << p.terrainWindow
           << " m, TerrainSlope " << p.terrainSlope << ", TerrainClimb " << p.terrainClimb

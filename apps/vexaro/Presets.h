@@ -17,8 +17,9 @@ struct DataScale {
     double lastSpacing = 0;   ///< the same over last returns, metres
     double metresPerUnit = 1; ///< length of the file's horizontal unit in metres
     double metresPerVerticalUnit = 1;
-    double terrainSlope = 0; ///< median slope of the coarse lowest-point surface, rise per run
+    double terrainSlope = 0; ///< slope that 90 % of the coarse lowest-point surface stays under, rise per run
     double groundNoise = 0;  ///< scatter of the lowest returns about their plane, metres; 0: unknown
+    double returnsPerPulse = 0; ///< points per last return; 0: unknown
 };
 
 /// A named landscape: the values that differ between landscapes, with the reason for each.
@@ -32,10 +33,10 @@ struct Preset {
     const char* reason;
 };
 
-/// The named presets; "auto" chooses general or mountain from the data.
+/// The named presets; "auto" chooses one of them from the data.
 const std::vector<Preset>& presets();
-/// The preset "auto" takes for data of that scale: mountain where the terrain is steep, general
-/// elsewhere.
+/// The preset "auto" takes for data of that scale: mountain where the terrain is steep, forest
+/// under a closed canopy, flat where the terrain is gentle, general elsewhere.
 const Preset& presetFor(const DataScale& scale);
 /// The preset of that name; throws UsageError for an unknown name.
 const Preset& presetNamed(const std::string& name);

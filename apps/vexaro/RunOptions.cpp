@@ -109,6 +109,7 @@ DataScale measureScale(const std::string& input, const RunOptions& run, Reporter
         profile.verticalUnit == LengthUnit::Unknown ? profile.metresPerUnit : metresPer(profile.verticalUnit);
     scale.terrainSlope = profile.terrainSlope;
     scale.groundNoise = profile.groundNoise;
+    scale.returnsPerPulse = profile.returnsPerPulse;
     return scale;
 }
 
@@ -147,10 +148,11 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
     pipeline.recommendedParameters = false;
     if (run.preset != "none") {
         const Preset& preset = run.preset == "auto" ? presetFor(scale) : presetNamed(run.preset);
-        reporter.note(
-            "preset " + std::string(preset.name) +
-            (run.preset == "auto" ? " (auto, terrain slope " + fixed(scale.terrainSlope, 2) + ")" : "") +
-            ": " + preset.description);
+        reporter.note("preset " + std::string(preset.name) +
+                      (run.preset == "auto" ? " (auto, terrain slope " + fixed(scale.terrainSlope, 2) + ", " +
+                                                  fixed(scale.returnsPerPulse, 2) + " returns per pulse)"
+                                            : "") +
+                      ": " + preset.description);
 
         std::vector<Setting> derived;
         for (const auto& d : deriveParameters(preset, scale))

@@ -36,27 +36,35 @@ double terrainSteepness(const vx::las::LasFile& file, double cell)
         else if (z < it->second)
             it->second = z;
     }
+    // Along one axis: the smaller of the two rises where the surface goes the same way on both
+    // sides of the cell, 0 at a jump, a ridge or a hollow.
+    auto along = [&](double z, double before, double after) {
+        const double up = after - z, down = z - before;
+        return up * down > 0 ? std::min(std::fabs(up), std::fabs(down)) / cell : 0.0;
+    };
     std::vector<double> slopes;
     for (const auto& [cx, cy] : cells) {
         const double z = lowest[keyOf(cx, cy)];
-        double steepest = 0;
+        double neighbour[4];
         bool complete = true;
-        for (const auto& [dx, dy] : {std::pair{1, 0}, {-1, 0}, {0, 1}, {0, -1}}) {
+        int k = 0;
+        for (const auto& [dx, dy] : {std::pair{-1, 0}, {1, 0}, {0, -1}, {0, 1}}) {
             const auto it = lowest.find(keyOf(cx + dx, cy + dy));
             if (it == lowest.end()) {
                 complete = false;
                 break;
             }
-            steepest = std::max(steepest, std::fabs(it->second - z) / cell);
+            neighbour[k++] = it->second;
         }
         if (complete)
-            slopes.push_back(steepest);
+            slopes.push_back(
+                std::hypot(along(z, neighbour[0], neighbour[1]), along(z, neighbour[2], neighbour[3])));
     }
     if (slopes.empty())
         return 0;
-    auto mid = slopes.begin() + static_cast<std::ptrdiff_t>(slopes.size() / 2);
-    std::nth_element(slopes.begin(), mid, slopes.end());
-    return *mid;
+    auto at = slopes.begin() + static_cast<std::ptrdiff_t>(slopes.size() * 9 / 10);
+    std::nth_element(slopes.begin(), at, slopes.end());
+    return *at;
 }
 
 } // namespace vx::app

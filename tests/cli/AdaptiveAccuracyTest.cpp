@@ -125,6 +125,27 @@ TEST(SceneKinds, HillyTownAndTerracesKeepTheirGround)
     }
 }
 
+TEST(SceneKinds, TerracesOnMostlyLevelGroundTakeTheMountainPreset)
+{
+    // Seed 2 lays the 30-degree slopes over a fifth of the scene: the median cell is level, and
+    // the flat preset's slope limit cuts the slopes into buildings (building F1 0.72).
+    const auto e = classifyScene({"terraces", "4", "60000", true}, {"--seed", "2"});
+    EXPECT_LT(e.totalError, 0.05);
+    EXPECT_GE(e.f1(vx::app::kBuildingCategory), 0.90) << "building F1";
+}
+
+TEST(SceneKinds, SparseForestTakesTheForestPreset)
+{
+    // 0.2 pulses per square metre under a closed canopy: few ground returns, and the flat
+    // preset's slope limit cuts the ground between them (17 % of it).
+    const auto e = classifyScene({"forest", "0.2", "20000", false}, {"--seed", "2"});
+    EXPECT_LT(e.totalError, 0.05);
+    EXPECT_LT(e.typeI, 0.08) << "ground cut under the canopy";
+    expectTargets(e, false);
+    const auto r = run({"classify", "in.las", "-o", "out.las"});
+    EXPECT_NE(r.err.find("preset forest (auto"), std::string::npos) << r.err;
+}
+
 TEST(SceneKinds, StrayReturnsBecomeNoiseNotTrees)
 {
     const auto e = classifyScene({"town", "10", "40000", true}, {"--stray"});
