@@ -29,7 +29,7 @@ struct DataProfile {
     double metresPerUnit = 1;            ///< horizontal; 1 when unknown
     std::size_t isolatedPoints = 0;      ///< far from every neighbour or far outside the height range
     double heightP01 = 0, heightP99 = 0; ///< 1st and 99th percentile of z, file units
-    double terrainSlope = 0; ///< rise per run that 90 % of the coarse lowest-point surface stays under
+    double terrainSlope = 0; ///< rise per run that 95 % of the coarse lowest-point surface stays under
     double groundNoise = 0;  ///< scatter of the lowest returns, metres (units); 0: unknown
     std::vector<std::string> warnings; ///< one sentence each, without "warning:"
 };

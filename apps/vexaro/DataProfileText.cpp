@@ -92,7 +92,7 @@ std::string formatProfile(const DataProfile& p)
     s += "  Noise suspicion  " + grouped(static_cast<long long>(p.isolatedPoints)) + " points (" +
          percent(static_cast<double>(p.isolatedPoints) / p.points) + ")\n";
     s += "  Terrain slope    " + fixed(p.terrainSlope, 2) +
-         " (rise per run that 90 % of the terrain stays under)\n";
+         " (rise per run that 95 % of the terrain stays under)\n";
     const bool metres = p.verticalUnit != LengthUnit::Unknown || p.horizontalUnit != LengthUnit::Unknown;
     s += "  Ground noise     " +
          (p.groundNoise > 0 ? fixed(p.groundNoise, 3) + (metres ? " m" : " units") : std::string("unknown")) +

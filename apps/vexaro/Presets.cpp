@@ -7,13 +7,14 @@
 
 namespace vx::app {
 
-/// Terrain slope (the 90th percentile, see terrainSteepness) above which "auto" takes the
-/// mountain preset: a tenth of the terrain rises more than 0.4 (about 22 degrees), close to the
-/// 0.5 that the general preset keeps. Towns and farmland, rolling or not, stay under 0.3.
-constexpr double kSteepTerrain = 0.4;
-/// Terrain slope below which "auto" takes the flat preset: nine tenths of the terrain rise less
-/// than 0.2, which leaves the rest room under the 0.25 that preset keeps.
-constexpr double kFlatTerrain = 0.2;
+/// Terrain slope (the 95th percentile, see terrainSteepness) above which "auto" takes the
+/// mountain preset: a twentieth of the terrain rises more than 0.45 per run, near the 0.5 that
+/// the general preset keeps. Towns and forests on rolling ground stay under 0.4, terraces and
+/// valleys with 30-degree sides reach 0.5 and more.
+constexpr double kSteepTerrain = 0.45;
+/// Terrain slope below which "auto" takes the flat preset: 95 % of the terrain stays within the
+/// 0.25 that preset keeps.
+constexpr double kFlatTerrain = 0.25;
 /// Returns per pulse from which "auto" takes the forest preset where the terrain is not steep:
 /// every second pulse or more meets a canopy before the ground. Towns with trees give 1.0-1.4.
 /// Under such a canopy few returns reach the ground, and the flat preset's low slope limit would

@@ -17,7 +17,7 @@ struct DataScale {
     double lastSpacing = 0;   ///< the same over last returns, metres
     double metresPerUnit = 1; ///< length of the file's horizontal unit in metres
     double metresPerVerticalUnit = 1;
-    double terrainSlope = 0; ///< slope that 90 % of the coarse lowest-point surface stays under, rise per run
+    double terrainSlope = 0; ///< slope that 95 % of the coarse lowest-point surface stays under, rise per run
     double groundNoise = 0;  ///< scatter of the lowest returns about their plane, metres; 0: unknown
     double returnsPerPulse = 0; ///< points per last return; 0: unknown
 };

@@ -62,7 +62,7 @@ double terrainSteepness(const vx::las::LasFile& file, double cell)
     }
     if (slopes.empty())
         return 0;
-    auto at = slopes.begin() + static_cast<std::ptrdiff_t>(slopes.size() * 9 / 10);
+    auto at = slopes.begin() + static_cast<std::ptrdiff_t>(slopes.size() * 19 / 20);
     std::nth_element(slopes.begin(), at, slopes.end());
     return *at;
 }

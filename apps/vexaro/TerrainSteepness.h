@@ -10,11 +10,11 @@
 
 namespace vx::app {
 
-/// The 90th percentile, over cells of `cell` file units that have all four edge neighbours, of
+/// The 95th percentile, over cells of `cell` file units that have all four edge neighbours, of
 /// the cell's slope (vertical over horizontal file units): along each axis, the smaller of the
 /// rises to the two neighbours where both go the same way, 0 where they do not; the two axes
-/// combine as a gradient. 0 when no cell has four neighbours. The percentile rather than the
-/// median: a valley whose steep sides are a fifth of its area needs steep rules.
+/// combine as a gradient. 0 when no cell has four neighbours. A high percentile rather than the
+/// median: a valley whose steep sides are a tenth of the tile needs the steep rules too.
 double terrainSteepness(const vx::las::LasFile& file, double cell);
 
 } // namespace vx::app

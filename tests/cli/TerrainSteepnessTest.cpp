@@ -60,10 +60,11 @@ TEST(TerrainSteepness, WallsAndTerraceStepsAreNotSlopes)
     EXPECT_LT(terrainSteepness(gables, kCell), 0.01);
 }
 
-TEST(TerrainSteepness, ASteepValleySideOfAFifthOfTheTerrainCounts)
+TEST(TerrainSteepness, ASteepValleySideOverATenthOfTheTerrainCounts)
 {
-    // Four fifths level, one fifth rising at 0.6: the median is level, the rules must not be.
-    const auto valley = surface([](double x, double) { return x < 160 ? 0.0 : 0.6 * (x - 160); });
+    // Level but for the last 30 m of 200, rising at 0.6: the median is level, the rules must not
+    // be.
+    const auto valley = surface([](double x, double) { return x < 170 ? 0.0 : 0.6 * (x - 170); });
     EXPECT_GT(terrainSteepness(valley, kCell), 0.5);
 }
 
@@ -87,6 +88,7 @@ TEST(AutoPreset, ReadsTheSlopeAndTheCanopy)
     };
     EXPECT_EQ(pick(0.05, 1.1), "flat");
     EXPECT_EQ(pick(0.3, 1.1), "general");
+    EXPECT_EQ(pick(0.4, 1.1), "general");
     EXPECT_EQ(pick(0.5, 1.1), "mountain");
     // Under a closed canopy the flat preset's slope limit cuts ground between the few ground
     // returns; steep terrain still takes the mountain preset.
