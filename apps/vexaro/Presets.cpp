@@ -21,6 +21,10 @@ constexpr double kFlatTerrain = 0.25;
 /// cut ground that lies a few cells from the next ground return.
 constexpr double kClosedCanopy = 1.5;
 
+/// Returns per pulse under which the data count as single-return: fewer than 1 % of the points
+/// are non-last returns, where any canopy that a multi-return sensor sees gives several times more.
+constexpr double kSingleReturns = 1.0 / 0.99;
+
 /// Ground distance: noise widths above the lowest return that are still ground, and the
 /// bounds, in metres. 0.15 m is above four noise widths of every sample file but the cliff
 /// (0.012-0.040 m) and takes little grass; the cap keeps the distance under low plants and
@@ -140,6 +144,13 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     height("VegetationDfG", 0.3, "0.3 m (the library's value, in the file's unit)");
     height("VegetationLowLimit", 0.4, "0.4 m above ground");
     height("VegetationHighLimit", 2.0, "2 m above ground");
+    // Single-return data (older sensors, files converted from text, image matching) mark no
+    // point as a non-last return, so a canopy never reaches the vegetation step's share of them
+    // and every tree would stay unclassified; its shape (chaotic neighbours) is then the only sign.
+    if (scale.returnsPerPulse > 0 && scale.returnsPerPulse < kSingleReturns)
+        out.push_back(
+            {"VegetationProcOfGhosts", 0.0,
+             "0 for single-return data (under 1 % non-last returns): trees are told by their shape"});
     return out;
 }
 
