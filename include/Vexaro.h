@@ -159,7 +159,9 @@ public:
     /// computeHeightAboveGround, the return counts of the loaded LAS file (or of
     /// loadReturnCountsFromBuffer) and a planar grid whose columns are at least EchoRange wide;
     /// does nothing, with a message, when under 1 % of the points come from pulses with several
-    /// returns.
+    /// returns, unless EchoSingleShare is 0: then the echoes are not read, and the height, the
+    /// number of neighbours and the plane decide on any data (single-return data has no other
+    /// sign).
     void classifyRoofsByEchoes(int buildingClass);
     /// Grows buildingClass over the admitted points that roofs surround: an admitted point at
     /// least EchoMinHeight above the ground, from a single-return pulse, joins when at least

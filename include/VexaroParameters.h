@@ -131,7 +131,7 @@
     X(EchoMinPoints, EchoMinPoints, Count, 4, "", 3, 100000, "roofs by echoes", RoofEchoes, 0,               \
       "fewest raised points in the neighbourhood, the point itself included")                                \
     X(EchoSingleShare, EchoSingleShare, Ratio, 0.75, "", 0, 1, "roofs by echoes", RoofEchoes, 0,             \
-      "least share of single-return pulses among the raised neighbours of a roof point")                     \
+      "least share of single-return pulses among the raised neighbours of a roof point; 0: echoes not read") \
     X(EchoRoughness, EchoRoughness, Height, 0.5, "m", 0, 1000, "roofs by echoes", RoofEchoes, 0,             \
       "largest RMS distance of the raised neighbours from their best-fitting plane")                         \
     X(EchoGrowthShare, EchoGrowthShare, Ratio, 0.5, "", 0, 1, "roofs by echoes", RoofEchoes, 0,              \

@@ -147,10 +147,15 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     // Single-return data (older sensors, files converted from text, image matching) mark no
     // point as a non-last return, so a canopy never reaches the vegetation step's share of them
     // and every tree would stay unclassified; its shape (chaotic neighbours) is then the only sign.
-    if (scale.returnsPerPulse > 0 && scale.returnsPerPulse < kSingleReturns)
+    // Likewise no roof stands out by its single echoes, and the plane test of the roofs by echoes
+    // decides alone.
+    if (scale.returnsPerPulse > 0 && scale.returnsPerPulse < kSingleReturns) {
         out.push_back(
             {"VegetationProcOfGhosts", 0.0,
              "0 for single-return data (under 1 % non-last returns): trees are told by their shape"});
+        out.push_back(
+            {"EchoSingleShare", 0.0, "0 for single-return data: roofs by echoes judges by the plane alone"});
+    }
     return out;
 }
 

@@ -1,6 +1,7 @@
 // Roofs by echoes: a flat roof of single-return pulses becomes building; canopy with several
 // returns, a rough single-return heap and a low single-return patch do not; the step refuses
-// without heights, without return counts, on single-return data and on a grid it cannot use.
+// without heights, without return counts, on single-return data (unless EchoSingleShare is 0,
+// when the plane alone decides) and on a grid it cannot use.
 #include "common/TestSupport.h"
 
 #include <algorithm>
@@ -134,6 +135,27 @@ TEST_P(RoofEchoes, SingleReturnDataIsLeftAlone)
     EXPECT_TRUE(anyLineStartsWith(lines, "Roofs by echoes not run: too few pulses with several returns"));
     const auto cls = classes(v);
     EXPECT_EQ(std::count(cls.begin(), cls.end(), kBuildingClass), 0);
+}
+
+TEST_P(RoofEchoes, WithoutTheSingleShareTheShapeDecidesOnSingleReturnData)
+{
+    // Every object a single-return pulse: the roof and the canopy, as smooth as the roof, are
+    // planes; the heap and the low patch are not roofs.
+    auto scene = echoScene<float>();
+    std::fill(scene.returns.begin(), scene.returns.end(), 1);
+    Vexaro<float> v;
+    configure(v, GetParam());
+    v.set_EchoSingleShare(0.0f);
+    const auto lines = runStep(v, GetParam(), scene);
+    EXPECT_FALSE(anyLineStartsWith(lines, "Roofs by echoes not run"));
+    const auto cls = classes(v);
+    for (std::size_t i = 0; i < cls.size(); ++i) {
+        const Part p = scene.part[i];
+        const int want = p == Part::Roof || p == Part::Canopy ? kBuildingClass
+                         : p == Part::Ground                  ? kGroundClass
+                                                              : kInput;
+        ASSERT_EQ(cls[i], want) << "point " << i << " part " << static_cast<int>(p);
+    }
 }
 
 TEST_P(RoofEchoes, RefusesColumnsNarrowerThanItsRange)

@@ -25,8 +25,9 @@ namespace vx::VX_BACKEND_NS {
 constexpr double kLeastMultipleReturnShare = 0.01;
 
 /// Whether the echo steps can run on this cloud: a grid wide enough for EchoRange, heights above
-/// ground and return counts for it, and enough pulses with several returns. Says why not, naming
-/// the step as `search` in the grid's message and as `name` in the returns'.
+/// ground and return counts for it, and enough pulses with several returns, unless
+/// EchoSingleShare is 0: then no test reads the echoes and the shape alone decides. Says why not,
+/// naming the step as `search` in the grid's message and as `name` in the returns'.
 template <class T> bool echoesUsable(const StepContext<T>& c, const char* search, const char* name)
 {
     const int n = c.pointCount();
@@ -47,6 +48,8 @@ template <class T> bool echoesUsable(const StepContext<T>& c, const char* search
                  "step not run");
         return false;
     }
+    if (!(c.par().EchoSingleShare > 0))
+        return true;
     std::size_t multiple = 0;
     for (uint8_t r : returns)
         multiple += r > 1 ? 1 : 0;
