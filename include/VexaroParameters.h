@@ -108,6 +108,8 @@
       "largest rise between neighbouring cells that the climb takes, however wide the cells; 0: no limit")   \
     X(TerrainObjectMaxRise, TerrainObjectMaxRise, Height, 0.0, "m", 0, 10000, "terrain", TerrainGround, 0,   \
       "objects whose surface climbs further than this (with TerrainClimb) are terrain; 0: off")              \
+    X(TerrainWallHeight, TerrainWallHeight, Height, 0.0, "m", 0, 1000, "terrain", TerrainGround, 0,          \
+      "a surface that drops by this much along its outline is an object, however wide; 0: off")              \
     X(TerrainStepHeight, TerrainStepHeight, Height, 0.3, "m", 0, 1000, "terrain", TerrainGround, 0,          \
       "drop of one opening that marks an object, besides the slope's")                                       \
     X(TerrainGroundDistance, TerrainGroundDistance, Height, 0.5, "m", 0, 1000, "terrain", TerrainGround, 0,  \

@@ -110,6 +110,9 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     height("TerrainObjectMaxRise", 15.0,
            "15 m: a roof rises from its eaves by a few metres and ends at a wall; a hill, headland or "
            "slope that the window cuts climbs on further");
+    height("TerrainWallHeight", 2.5,
+           "2.5 m: a roof ends in walls at least a storey high all round; terrain ends in rises, "
+           "slopes and steps, so a hall wider than any window is still cut");
     height("TerrainStepHeight", 0.3, "0.3 m: above the roughness of bare ground");
     height("TerrainGroundDistance",
            std::clamp(kNoiseMultiple * scale.groundNoise, kLeastGroundDistance, kMostGroundDistance),

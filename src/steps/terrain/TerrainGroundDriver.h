@@ -3,8 +3,9 @@
 // The lowest admitted point of every raster cell gives a rough surface. Openings with square
 // windows of growing half-width then cut away everything narrower than the window: a cell is an
 // object when one opening lowers it by more than a sloping terrain could drop over the window's
-// growth. What stays, filled across the objects from the ground around them, is the terrain;
-// admitted points near it become ground.
+// growth. Surfaces that drop by a wall's height along their whole outline are objects too,
+// however wide (see EnclosedSurfaces.h). What stays, filled across the objects from the ground
+// around them, is the terrain; admitted points near it become ground.
 #pragma once
 
 #include "core/StepContext.h"
@@ -12,6 +13,7 @@
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
 #include "steps/common/StepDrivers.h"
+#include "steps/terrain/EnclosedSurfaces.h"
 #include "steps/terrain/PointRasterKernels.h"
 #include "steps/terrain/SurfaceFill.h"
 #include "steps/terrain/TerrainState.h"
@@ -23,6 +25,7 @@
 #include <limits>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace vx::VX_BACKEND_NS {
 
@@ -86,6 +89,28 @@ void releaseTallObjects(const StepContext<T>& c, const RasterGrid& g, const floa
     launch(c.launchConfig(cells), cells,
            k_releaseTallObjects{lo.data(), hi.data(), object.data(),
                                 static_cast<float>(par.TerrainObjectMaxRise)});
+}
+
+/// Marks the cells of surfaces that walls enclose as objects (see markEnclosedSurfaces): two
+/// cells join one surface when they differ by less than half TerrainWallHeight, and a roof spans
+/// at most TerrainObjectMaxRise where that is set.
+template <class T>
+void cutEnclosedSurfaces(const StepContext<T>& c, const RasterGrid& g, const Buffer<float>& lowest,
+                         Buffer<unsigned char>& object)
+{
+    const auto& par = c.par();
+    const std::size_t cells = static_cast<std::size_t>(g.cells());
+    std::vector<float> heights(cells);
+    std::vector<unsigned char> flags(cells);
+    lowest.download(heights.data(), cells);
+    object.download(flags.data(), cells);
+    const float wall = static_cast<float>(par.TerrainWallHeight);
+    const std::size_t marked = markEnclosedSurfaces(
+        heights, g.nx, g.ny, EnclosureRule{0.5f * wall, wall, static_cast<float>(par.TerrainObjectMaxRise)},
+        flags);
+    c.msg(2, "Terrain cells cut as enclosed surfaces:", marked);
+    if (marked > 0)
+        object.upload(flags.data(), cells);
 }
 
 template <class T> void runTerrainGround(StepContext<T>& c)
@@ -178,6 +203,10 @@ template <class T> void runTerrainGround(StepContext<T>& c)
                     break;
             }
         }
+
+        // Surfaces that walls enclose are objects however wide: roofs no window spans.
+        if (par.TerrainWallHeight > 0)
+            cutEnclosedSurfaces(c, g, lowest, object);
 
         Buffer<float> filled(backend, cells);
         launch(c.launchConfig(cells), cells, k_keepGround{lowest.data(), object.data(), filled.data()});

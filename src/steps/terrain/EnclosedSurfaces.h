@@ -1,0 +1,145 @@
+// Surfaces that walls enclose: a roof wider than any opening window keeps its height in the
+// middle, so the openings cut only its rim. What still tells it from terrain is its outline:
+// wherever the surface ends, it drops by a wall's height. Terrain ends in rises (the next
+// roof, the slope above), in gentle steps, or at the edge of the data.
+//
+// Runs on the host over the lowest-point raster: a union-find labels the surfaces in one linear
+// pass, which a grid of data-parallel passes would need as many launches as a surface is cells
+// wide to match. The raster is a fraction of the points, and the step already keeps it.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+namespace vx {
+
+/// The test of an enclosed surface, in the raster's height unit.
+struct EnclosureRule {
+    float join;    ///< neighbouring cells whose lowest points differ by less are one surface
+    float wall;    ///< a drop to a neighbouring surface at least this high is a wall
+    float maxRise; ///< largest height span of an enclosed surface (a roof); 0: no limit
+};
+
+/// Shares of a surface's outline that the test asks for. A wall may be missing where a lower
+/// annex, a loading ramp or a tree meets the roof (a tenth of the edges going down); a taller
+/// part of the building may rise beside it (a quarter of the edges); and at least half the
+/// outline must be seen to drop, so a surface cut off by the edge of the data or by cells
+/// without returns is not taken on what little of it shows.
+constexpr double kLeastWallShare = 0.9;
+constexpr double kMostRiseShare = 0.25;
+constexpr double kLeastSeenWallShare = 0.5;
+
+namespace detail {
+
+inline int findRoot(std::vector<int>& parent, int c)
+{
+    while (parent[static_cast<std::size_t>(c)] != c) {
+        int& p = parent[static_cast<std::size_t>(c)];
+        p = parent[static_cast<std::size_t>(p)];
+        c = p;
+    }
+    return c;
+}
+
+} // namespace detail
+
+/// Marks object[c] = 1 for every cell of a surface that walls enclose, in a raster of nx x ny
+/// cells (row by row, NaN where a cell holds no point). A surface is a set of cells connected
+/// through edge neighbours whose heights differ by less than rule.join. Along its outline each
+/// edge goes down by a wall (rule.wall or more), down by a step (less), up, or into the unseen
+/// (the raster's border or an empty cell). The surface is enclosed when the walls are at least
+/// kLeastWallShare of the edges going down, the edges going up at most kMostRiseShare of the
+/// seen edges, the walls at least kLeastSeenWallShare of all edges, and its height span at most
+/// rule.maxRise. Returns the number of cells newly marked.
+inline std::size_t markEnclosedSurfaces(const std::vector<float>& lowest, int nx, int ny,
+                                        const EnclosureRule& rule, std::vector<unsigned char>& object)
+{
+    const std::size_t cells = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
+    if (nx <= 0 || ny <= 0 || lowest.size() != cells || object.size() != cells)
+        return 0;
+    auto seen = [&](std::size_t c) { return !std::isnan(lowest[c]); };
+    std::vector<int> parent(cells);
+    for (std::size_t c = 0; c < cells; ++c)
+        parent[c] = static_cast<int>(c);
+    auto unite = [&](std::size_t a, std::size_t b) {
+        const int ra = detail::findRoot(parent, static_cast<int>(a)),
+                  rb = detail::findRoot(parent, static_cast<int>(b));
+        if (ra != rb)
+            parent[static_cast<std::size_t>(ra < rb ? rb : ra)] = ra < rb ? ra : rb;
+    };
+    for (int y = 0; y < ny; ++y)
+        for (int x = 0; x < nx; ++x) {
+            const std::size_t c = static_cast<std::size_t>(y) * nx + x;
+            if (!seen(c))
+                continue;
+            if (x + 1 < nx && seen(c + 1) && std::fabs(lowest[c + 1] - lowest[c]) < rule.join)
+                unite(c, c + 1);
+            if (y + 1 < ny && seen(c + nx) && std::fabs(lowest[c + nx] - lowest[c]) < rule.join)
+                unite(c, c + nx);
+        }
+
+    struct Outline {
+        long long walls = 0, steps = 0, rises = 0, unseen = 0;
+        float low = INFINITY, high = -INFINITY;
+    };
+    std::vector<Outline> outline(cells);
+    std::vector<int> root(cells, -1);
+    for (std::size_t c = 0; c < cells; ++c)
+        if (seen(c))
+            root[c] = detail::findRoot(parent, static_cast<int>(c));
+    for (int y = 0; y < ny; ++y)
+        for (int x = 0; x < nx; ++x) {
+            const std::size_t c = static_cast<std::size_t>(y) * nx + x;
+            if (root[c] < 0)
+                continue;
+            Outline& o = outline[static_cast<std::size_t>(root[c])];
+            o.low = std::fmin(o.low, lowest[c]);
+            o.high = std::fmax(o.high, lowest[c]);
+            const int dx[4] = {1, -1, 0, 0}, dy[4] = {0, 0, 1, -1};
+            for (int k = 0; k < 4; ++k) {
+                const int u = x + dx[k], v = y + dy[k];
+                if (u < 0 || v < 0 || u >= nx || v >= ny) {
+                    ++o.unseen;
+                    continue;
+                }
+                const std::size_t n = static_cast<std::size_t>(v) * nx + u;
+                if (root[n] < 0) {
+                    ++o.unseen;
+                    continue;
+                }
+                if (root[n] == root[c])
+                    continue;
+                const float drop = lowest[c] - lowest[n];
+                if (drop >= rule.wall)
+                    ++o.walls;
+                else if (drop > 0)
+                    ++o.steps;
+                else
+                    ++o.rises;
+            }
+        }
+
+    std::vector<unsigned char> enclosed(cells, 0);
+    for (std::size_t r = 0; r < cells; ++r) {
+        const Outline& o = outline[r];
+        if (root[r] != static_cast<int>(r) || o.walls == 0)
+            continue;
+        const double walls = static_cast<double>(o.walls), down = walls + static_cast<double>(o.steps);
+        const double seenEdges = down + static_cast<double>(o.rises);
+        const double all = seenEdges + static_cast<double>(o.unseen);
+        const bool rises = rule.maxRise > 0 && o.high - o.low > rule.maxRise;
+        enclosed[r] = walls >= kLeastWallShare * down &&
+                      static_cast<double>(o.rises) <= kMostRiseShare * seenEdges &&
+                      walls >= kLeastSeenWallShare * all && !rises;
+    }
+    std::size_t marked = 0;
+    for (std::size_t c = 0; c < cells; ++c)
+        if (root[c] >= 0 && enclosed[static_cast<std::size_t>(root[c])] && !object[c]) {
+            object[c] = 1;
+            ++marked;
+        }
+    return marked;
+}
+
+} // namespace vx
