@@ -134,10 +134,13 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     length("BuildingGroundRange", std::max(2.0, 3.0 * last), "3 x last-return spacing, at least 2 m");
     length("Building3GroundRange", std::max(1.0, 1.5 * last), "1.5 x last-return spacing, at least 1 m");
     length("VegetationRange", std::max(1.0, 2.0 * last), "2 x last-return spacing, at least 1 m");
-    length("EchoRange", std::max(1.5, 1.6 * all),
-           "1.6 x spacing, at least 1.5 m: a handful of roof points, rarely across a ridge");
+    const double echoRange = std::max(1.5, 1.6 * all);
+    length("EchoRange", echoRange, "1.6 x spacing, at least 1.5 m: a handful of roof points");
     height("EchoMinHeight", 2.0, "2 m above ground: the lowest sheds");
-    height("EchoRoughness", 0.5, "0.5 m: roof planes and their edges pass, crowns do not");
+    height("EchoRoughness", std::max(0.5, 0.3 * echoRange),
+           "0.3 x EchoRange, at least 0.5 m: a gable of 45 degrees straddled at its ridge lies 0.27 x the "
+           "radius "
+           "(RMS) from one plane, crowns lie further; roof planes and their edges pass");
     // The building and vegetation steps' own tolerances: the library's values, which are metres,
     // in the file's unit.
     height("BuildingDfPBuilding", 0.2, "0.2 m from a seed's plane (the library's value, in the file's unit)");

@@ -247,8 +247,10 @@ TEST(SampleFiles, GroundOfTheSparseAndTheMountainSamples)
         const auto e =
             vx::app::evaluate(classesOf(clitest::sample(name)), classesOf((scratch() / "out.las").string()));
         EXPECT_LT(e.totalError, 0.10) << name;
-        if (std::string(name).rfind("ign_", 0) == 0) // the village's roofs, by their echoes
-            EXPECT_GE(e.f1(vx::app::kBuildingCategory), 0.75) << name;
+        // The village's roofs, by their echoes; its gables take a roughness that grows with the
+        // neighbourhood sparse data needs (0.844 with 0.5 m).
+        if (std::string(name).rfind("ign_", 0) == 0)
+            EXPECT_GE(e.f1(vx::app::kBuildingCategory), 0.85) << name;
     }
 }
 
