@@ -138,9 +138,8 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     length("EchoRange", echoRange, "1.6 x spacing, at least 1.5 m: a handful of roof points");
     height("EchoMinHeight", 2.0, "2 m above ground: the lowest sheds");
     height("EchoRoughness", std::max(0.5, 0.3 * echoRange),
-           "0.3 x EchoRange, at least 0.5 m: a gable of 45 degrees straddled at its ridge lies 0.27 x the "
-           "radius "
-           "(RMS) from one plane, crowns lie further; roof planes and their edges pass");
+           "0.3 x EchoRange, at least 0.5 m: a gable of 45 degrees straddled at its ridge lies "
+           "0.27 x the radius (RMS) from one plane, crowns lie further; roof planes and their edges pass");
     // The building and vegetation steps' own tolerances: the library's values, which are metres,
     // in the file's unit.
     height("BuildingDfPBuilding", 0.2, "0.2 m from a seed's plane (the library's value, in the file's unit)");

@@ -10,6 +10,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace vx {
@@ -56,7 +57,8 @@ inline std::size_t markEnclosedSurfaces(const std::vector<float>& lowest, int nx
                                         const EnclosureRule& rule, std::vector<unsigned char>& object)
 {
     const std::size_t cells = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
-    if (nx <= 0 || ny <= 0 || lowest.size() != cells || object.size() != cells)
+    if (nx <= 0 || ny <= 0 || lowest.size() != cells || object.size() != cells ||
+        cells > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         return 0;
     auto seen = [&](std::size_t c) { return !std::isnan(lowest[c]); };
     std::vector<int> parent(cells);
@@ -79,36 +81,40 @@ inline std::size_t markEnclosedSurfaces(const std::vector<float>& lowest, int nx
                 unite(c, c + nx);
         }
 
+    // Every cell points at its surface's root; roots get consecutive slots for their outlines.
+    for (std::size_t c = 0; c < cells; ++c)
+        parent[c] = detail::findRoot(parent, static_cast<int>(c));
+    std::vector<int> slot(cells, -1);
+    int surfaces = 0;
+    for (std::size_t c = 0; c < cells; ++c)
+        if (seen(c) && parent[c] == static_cast<int>(c))
+            slot[c] = surfaces++;
+    auto surfaceOf = [&](std::size_t c) { return seen(c) ? slot[static_cast<std::size_t>(parent[c])] : -1; };
+
     struct Outline {
         long long walls = 0, steps = 0, rises = 0, unseen = 0;
         float low = INFINITY, high = -INFINITY;
     };
-    std::vector<Outline> outline(cells);
-    std::vector<int> root(cells, -1);
-    for (std::size_t c = 0; c < cells; ++c)
-        if (seen(c))
-            root[c] = detail::findRoot(parent, static_cast<int>(c));
+    std::vector<Outline> outline(static_cast<std::size_t>(surfaces));
     for (int y = 0; y < ny; ++y)
         for (int x = 0; x < nx; ++x) {
             const std::size_t c = static_cast<std::size_t>(y) * nx + x;
-            if (root[c] < 0)
+            const int own = surfaceOf(c);
+            if (own < 0)
                 continue;
-            Outline& o = outline[static_cast<std::size_t>(root[c])];
+            Outline& o = outline[static_cast<std::size_t>(own)];
             o.low = std::fmin(o.low, lowest[c]);
             o.high = std::fmax(o.high, lowest[c]);
             const int dx[4] = {1, -1, 0, 0}, dy[4] = {0, 0, 1, -1};
             for (int k = 0; k < 4; ++k) {
                 const int u = x + dx[k], v = y + dy[k];
-                if (u < 0 || v < 0 || u >= nx || v >= ny) {
-                    ++o.unseen;
-                    continue;
-                }
                 const std::size_t n = static_cast<std::size_t>(v) * nx + u;
-                if (root[n] < 0) {
+                const int other = u < 0 || v < 0 || u >= nx || v >= ny ? -1 : surfaceOf(n);
+                if (other < 0) {
                     ++o.unseen;
                     continue;
                 }
-                if (root[n] == root[c])
+                if (other == own)
                     continue;
                 const float drop = lowest[c] - lowest[n];
                 if (drop >= rule.wall)
@@ -120,25 +126,25 @@ inline std::size_t markEnclosedSurfaces(const std::vector<float>& lowest, int nx
             }
         }
 
-    std::vector<unsigned char> enclosed(cells, 0);
-    for (std::size_t r = 0; r < cells; ++r) {
-        const Outline& o = outline[r];
-        if (root[r] != static_cast<int>(r) || o.walls == 0)
-            continue;
+    std::vector<unsigned char> enclosed(outline.size(), 0);
+    for (std::size_t k = 0; k < outline.size(); ++k) {
+        const Outline& o = outline[k];
         const double walls = static_cast<double>(o.walls), down = walls + static_cast<double>(o.steps);
         const double seenEdges = down + static_cast<double>(o.rises);
         const double all = seenEdges + static_cast<double>(o.unseen);
-        const bool rises = rule.maxRise > 0 && o.high - o.low > rule.maxRise;
-        enclosed[r] = walls >= kLeastWallShare * down &&
+        const bool tooTall = rule.maxRise > 0 && o.high - o.low > rule.maxRise;
+        enclosed[k] = o.walls > 0 && walls >= kLeastWallShare * down &&
                       static_cast<double>(o.rises) <= kMostRiseShare * seenEdges &&
-                      walls >= kLeastSeenWallShare * all && !rises;
+                      walls >= kLeastSeenWallShare * all && !tooTall;
     }
     std::size_t marked = 0;
-    for (std::size_t c = 0; c < cells; ++c)
-        if (root[c] >= 0 && enclosed[static_cast<std::size_t>(root[c])] && !object[c]) {
+    for (std::size_t c = 0; c < cells; ++c) {
+        const int own = surfaceOf(c);
+        if (own >= 0 && enclosed[static_cast<std::size_t>(own)] && !object[c]) {
             object[c] = 1;
             ++marked;
         }
+    }
     return marked;
 }
 
