@@ -1,6 +1,7 @@
-// Surfaces that walls enclose: a roof wider than any window is cut from the terrain, while
+// Walls tell roofs from terrain: a roof wider than any window is cut from the terrain, while
 // terraces, slopes, plateaus cut off by the edge of the data and hills that rise further than a
-// roof stay terrain; on the raster and through the terrain step.
+// roof stay terrain, and a terrace level that the window cut is given back; on the raster and
+// through the terrain step.
 #include "steps/terrain/EnclosedSurfaces.h"
 
 #include <Vexaro.h>
@@ -132,6 +133,37 @@ TEST(EnclosedSurfaces, EmptyCellsAndMismatchedSizesAreHandled)
     EXPECT_EQ(vx::markEnclosedSurfaces({}, 0, 0, kRule, object), 0u);
 }
 
+TEST(UnwalledObjects, ATerraceLevelIsGivenBackAndNothingWalledOrSmall)
+{
+    // Cut by hand: a terrace level (rows 20-59 beyond a bank of 0.6 m steps from 2 m up), a roof
+    // 8 m up, and a car 1.5 m up, on level ground.
+    std::vector<float> r(kSide * kSide, 0.0f);
+    std::vector<unsigned char> object(r.size(), 0);
+    auto at = [](int x, int y) { return static_cast<std::size_t>(y * kSide + x); };
+    for (int y = 0; y < kSide; ++y)
+        for (int x = 0; x < kSide; ++x) {
+            if (y >= 17 && y < 20)
+                r[at(x, y)] = 0.6f * static_cast<float>(y - 16); // the bank, terrain
+            else if (y >= 20) {
+                r[at(x, y)] = 2.0f;
+                object[at(x, y)] = 1;
+            }
+        }
+    for (int y = 2; y < 12; ++y)
+        for (int x = 2; x < 12; ++x)
+            r[at(x, y)] = 8.0f, object[at(x, y)] = 1;
+    for (int y = 2; y < 4; ++y)
+        for (int x = 30; x < 34; ++x)
+            r[at(x, y)] = 1.5f, object[at(x, y)] = 1;
+    const std::size_t released = vx::releaseUnwalledObjects(r, kSide, kSide, kRule, object);
+    EXPECT_EQ(released, 40u * kSide);
+    EXPECT_EQ(object[at(30, 40)], 0) << "terrace";
+    EXPECT_EQ(object[at(5, 5)], 1) << "roof";
+    EXPECT_EQ(object[at(31, 2)], 1) << "car";
+    std::vector<unsigned char> wrong(3, 0);
+    EXPECT_EQ(vx::releaseUnwalledObjects(r, kSide, kSide, kRule, wrong), 0u);
+}
+
 template <class T> VX_Point<T> point(double x, double y, double z)
 {
     VX_Point<T> p{};
@@ -187,6 +219,46 @@ TEST(TerrainGround, AHallWiderThanTheWindowIsCutByItsWalls)
     }
     // Without the wall test the window cuts only the rim, and the roof is taken for terrain.
     EXPECT_GT(wideHall<float>(true, 0.0f).first, 10000);
+}
+
+/// The terrain step, with the general preset's values, on 150 m x 60 m at 1 m spacing: level
+/// ground and a terrace level 2 m up and 38 m across, with banks of 45 degrees. The number of points that
+/// do not become ground.
+int terraceLost(float wallHeight)
+{
+    std::vector<VX_Point<float>> pts;
+    for (int i = 0; i < 150; ++i)
+        for (int j = 0; j < 60; ++j) {
+            const double x = i + 0.5;
+            const double z = x < 60 || x > 102 ? 0.0 : (x < 62 ? x - 60 : (x > 100 ? 102 - x : 2.0));
+            pts.push_back(point<float>(x, j + 0.5, z + 0.02 * std::sin(i * 1.7 + j)));
+        }
+    Vexaro<float> v;
+    v.setMessageLevel(-1);
+    v.setFacadeMessageLevel(-1);
+    v.setComputeBackend("cpu");
+    v.loadDirectData(pts.data(), static_cast<int>(pts.size()));
+    v.set_TerrainWindow(40.0f);
+    v.set_TerrainSlope(0.5f);
+    v.set_TerrainClimb(0.8f);
+    v.set_TerrainClimbMaxRise(0.5f);
+    v.set_TerrainWallHeight(wallHeight);
+    v.regularGridDecomposition2D(1000, 1000);
+    v.classifyTerrainGround(2);
+    std::vector<short> out(pts.size());
+    v.saveClassesToBuffer(out.data(), static_cast<int>(out.size()));
+    int lost = 0;
+    for (short c : out)
+        lost += c != 2;
+    return lost;
+}
+
+TEST(TerrainGround, ATerraceLevelBeyondASteepBankIsGround)
+{
+    // The banks rise 1 m a cell, more than the climb takes, and the window cuts the level; no
+    // wall bounds it, so it is terrain.
+    EXPECT_EQ(terraceLost(2.5f), 0);
+    EXPECT_GT(terraceLost(0.0f), 1000);
 }
 
 } // namespace

@@ -43,6 +43,44 @@ inline int findRoot(std::vector<int>& parent, int c)
     return c;
 }
 
+/// Labels the surfaces of the raster among the cells for which member(c) holds: parent[c] is the
+/// root of c's surface, edge neighbours whose heights differ by less than join sharing one.
+template <class Member>
+std::vector<int> labelSurfaces(const std::vector<float>& lowest, int nx, int ny, float join, Member member)
+{
+    const std::size_t cells = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
+    std::vector<int> parent(cells);
+    for (std::size_t c = 0; c < cells; ++c)
+        parent[c] = static_cast<int>(c);
+    auto unite = [&](std::size_t a, std::size_t b) {
+        const int ra = findRoot(parent, static_cast<int>(a)), rb = findRoot(parent, static_cast<int>(b));
+        if (ra != rb)
+            parent[static_cast<std::size_t>(ra < rb ? rb : ra)] = ra < rb ? ra : rb;
+    };
+    for (int y = 0; y < ny; ++y)
+        for (int x = 0; x < nx; ++x) {
+            const std::size_t c = static_cast<std::size_t>(y) * nx + x;
+            if (!member(c))
+                continue;
+            if (x + 1 < nx && member(c + 1) && std::fabs(lowest[c + 1] - lowest[c]) < join)
+                unite(c, c + 1);
+            if (y + 1 < ny && member(c + nx) && std::fabs(lowest[c + nx] - lowest[c]) < join)
+                unite(c, c + nx);
+        }
+    for (std::size_t c = 0; c < cells; ++c)
+        parent[c] = findRoot(parent, static_cast<int>(c));
+    return parent;
+}
+
+/// Whether the raster's sizes agree and its cells can be numbered by int.
+inline bool rasterFits(const std::vector<float>& lowest, int nx, int ny,
+                       const std::vector<unsigned char>& object)
+{
+    const std::size_t cells = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
+    return nx > 0 && ny > 0 && lowest.size() == cells && object.size() == cells &&
+           cells <= static_cast<std::size_t>(std::numeric_limits<int>::max());
+}
+
 } // namespace detail
 
 /// Marks object[c] = 1 for every cell of a surface that walls enclose, in a raster of nx x ny
@@ -56,34 +94,12 @@ inline int findRoot(std::vector<int>& parent, int c)
 inline std::size_t markEnclosedSurfaces(const std::vector<float>& lowest, int nx, int ny,
                                         const EnclosureRule& rule, std::vector<unsigned char>& object)
 {
-    const std::size_t cells = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
-    if (nx <= 0 || ny <= 0 || lowest.size() != cells || object.size() != cells ||
-        cells > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+    if (!detail::rasterFits(lowest, nx, ny, object))
         return 0;
+    const std::size_t cells = lowest.size();
     auto seen = [&](std::size_t c) { return !std::isnan(lowest[c]); };
-    std::vector<int> parent(cells);
-    for (std::size_t c = 0; c < cells; ++c)
-        parent[c] = static_cast<int>(c);
-    auto unite = [&](std::size_t a, std::size_t b) {
-        const int ra = detail::findRoot(parent, static_cast<int>(a)),
-                  rb = detail::findRoot(parent, static_cast<int>(b));
-        if (ra != rb)
-            parent[static_cast<std::size_t>(ra < rb ? rb : ra)] = ra < rb ? ra : rb;
-    };
-    for (int y = 0; y < ny; ++y)
-        for (int x = 0; x < nx; ++x) {
-            const std::size_t c = static_cast<std::size_t>(y) * nx + x;
-            if (!seen(c))
-                continue;
-            if (x + 1 < nx && seen(c + 1) && std::fabs(lowest[c + 1] - lowest[c]) < rule.join)
-                unite(c, c + 1);
-            if (y + 1 < ny && seen(c + nx) && std::fabs(lowest[c + nx] - lowest[c]) < rule.join)
-                unite(c, c + nx);
-        }
-
     // Every cell points at its surface's root; roots get consecutive slots for their outlines.
-    for (std::size_t c = 0; c < cells; ++c)
-        parent[c] = detail::findRoot(parent, static_cast<int>(c));
+    const std::vector<int> parent = detail::labelSurfaces(lowest, nx, ny, rule.join, seen);
     std::vector<int> slot(cells, -1);
     int surfaces = 0;
     for (std::size_t c = 0; c < cells; ++c)
@@ -146,6 +162,65 @@ inline std::size_t markEnclosedSurfaces(const std::vector<float>& lowest, int nx
         }
     }
     return marked;
+}
+
+/// Least number of a cut object's cells whose four edge neighbours all belong to it, for the
+/// object to be given back to the terrain by its outline (12 m x 12 m at 1 m cells): cars,
+/// hedges, sheds, garages and single crowns have fewer, and a flat roof that wide stands higher
+/// than a wall; a terrace level that the window cut has many.
+constexpr int kLeastInnerCells = 100;
+
+/// Gives back to the terrain (object[c] = 0) every object that the openings cut but whose
+/// outline drops by no wall: surfaces of object cells joined as in markEnclosedSurfaces, with at
+/// least kLeastInnerCells inner cells, that go down to the terrain somewhere and nowhere by
+/// rule.wall or more. A terrace level that a bank steeper than the slope limit parts from the
+/// terrain is such an object; a roof is not. Returns the number of cells given back.
+inline std::size_t releaseUnwalledObjects(const std::vector<float>& lowest, int nx, int ny,
+                                          const EnclosureRule& rule, std::vector<unsigned char>& object)
+{
+    if (!detail::rasterFits(lowest, nx, ny, object))
+        return 0;
+    const std::size_t cells = lowest.size();
+    auto isObject = [&](std::size_t c) { return !std::isnan(lowest[c]) && object[c] != 0; };
+    const std::vector<int> parent = detail::labelSurfaces(lowest, nx, ny, rule.join, isObject);
+    // Counts by root cell: inner cells, walls and steps down to the terrain.
+    std::vector<int> inner(cells, 0), walls(cells, 0), steps(cells, 0);
+    for (int y = 0; y < ny; ++y)
+        for (int x = 0; x < nx; ++x) {
+            const std::size_t c = static_cast<std::size_t>(y) * nx + x;
+            if (!isObject(c))
+                continue;
+            const std::size_t r = static_cast<std::size_t>(parent[c]);
+            int same = 0;
+            const int dx[4] = {1, -1, 0, 0}, dy[4] = {0, 0, 1, -1};
+            for (int k = 0; k < 4; ++k) {
+                const int u = x + dx[k], v = y + dy[k];
+                if (u < 0 || v < 0 || u >= nx || v >= ny)
+                    continue;
+                const std::size_t n = static_cast<std::size_t>(v) * nx + u;
+                if (std::isnan(lowest[n]))
+                    continue;
+                if (isObject(n)) {
+                    same += parent[n] == parent[c];
+                    continue;
+                }
+                const float drop = lowest[c] - lowest[n];
+                if (drop >= rule.wall)
+                    ++walls[r];
+                else if (drop > 0)
+                    ++steps[r];
+            }
+            inner[r] += same == 4;
+        }
+    std::size_t released = 0;
+    for (std::size_t c = 0; c < cells; ++c) {
+        const std::size_t r = static_cast<std::size_t>(parent[c]);
+        if (isObject(c) && inner[r] >= kLeastInnerCells && walls[r] == 0 && steps[r] > 0) {
+            object[c] = 0;
+            ++released;
+        }
+    }
+    return released;
 }
 
 } // namespace vx

@@ -4,7 +4,8 @@
 // windows of growing half-width then cut away everything narrower than the window: a cell is an
 // object when one opening lowers it by more than a sloping terrain could drop over the window's
 // growth. Surfaces that drop by a wall's height along their whole outline are objects too,
-// however wide (see EnclosedSurfaces.h). What stays, filled across the objects from the ground
+// however wide, and wide objects that drop by no wall anywhere are terrain (see
+// EnclosedSurfaces.h). What stays, filled across the objects from the ground
 // around them, is the terrain; admitted points near it become ground.
 #pragma once
 
@@ -91,7 +92,8 @@ void releaseTallObjects(const StepContext<T>& c, const RasterGrid& g, const floa
                                 static_cast<float>(par.TerrainObjectMaxRise)});
 }
 
-/// Marks the cells of surfaces that walls enclose as objects (see markEnclosedSurfaces): two
+/// Marks the cells of surfaces that walls enclose as objects (see markEnclosedSurfaces), then
+/// gives back to the terrain the cut objects that no wall bounds (releaseUnwalledObjects): two
 /// cells join one surface when they differ by less than half TerrainWallHeight, and a roof spans
 /// at most TerrainObjectMaxRise where that is set.
 template <class T>
@@ -109,7 +111,10 @@ void cutEnclosedSurfaces(const StepContext<T>& c, const RasterGrid& g, const Buf
         heights, g.nx, g.ny, EnclosureRule{0.5f * wall, wall, static_cast<float>(par.TerrainObjectMaxRise)},
         flags);
     c.msg(2, "Terrain cells cut as enclosed surfaces:", marked);
-    if (marked > 0)
+    const std::size_t released =
+        releaseUnwalledObjects(heights, g.nx, g.ny, EnclosureRule{0.5f * wall, wall, 0.0f}, flags);
+    c.msg(2, "Terrain cells given back as unwalled objects:", released);
+    if (marked > 0 || released > 0)
         object.upload(flags.data(), cells);
 }
 
@@ -204,7 +209,8 @@ template <class T> void runTerrainGround(StepContext<T>& c)
             }
         }
 
-        // Surfaces that walls enclose are objects however wide: roofs no window spans.
+        // Walls decide what the windows cannot: roofs wider than any window, terrace levels that a
+        // steep bank parts from the terrain.
         if (par.TerrainWallHeight > 0)
             cutEnclosedSurfaces(c, g, lowest, object);
 
