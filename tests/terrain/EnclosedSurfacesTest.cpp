@@ -3,6 +3,7 @@
 // roof stay terrain, and a terrace level that the window cut is given back; on the raster and
 // through the terrain step.
 #include "steps/terrain/EnclosedSurfaces.h"
+#include "terrain/TerrainStepRun.h"
 
 #include <Vexaro.h>
 
@@ -13,6 +14,9 @@
 #include <vector>
 
 namespace {
+
+using terraintest::classify;
+using terraintest::point;
 
 constexpr int kSide = 60;
 const vx::EnclosureRule kRule{1.25f, 2.5f, 15.0f};
@@ -164,15 +168,6 @@ TEST(UnwalledObjects, ATerraceLevelIsGivenBackAndNothingWalledOrSmall)
     EXPECT_EQ(vx::releaseUnwalledObjects(r, kSide, kSide, kRule, wrong), 0u);
 }
 
-template <class T> VX_Point<T> point(double x, double y, double z)
-{
-    VX_Point<T> p{};
-    p.x = static_cast<T>(x), p.y = static_cast<T>(y), p.z = static_cast<T>(z);
-    p.classification = 1;
-    p.lastReturn = 1;
-    return p;
-}
-
 /// The terrain step on 300 m x 240 m of flat ground at 1 m spacing with a 160 m x 120 m hall 9 m
 /// high, four times the window across; the number of roof points that become ground and of
 /// ground points that do not.
@@ -186,18 +181,10 @@ template <class T> std::pair<int, int> wideHall(bool soa, float wallHeight)
             pts.push_back(
                 point<T>(x, y, roof ? 9.0 + 0.02 * std::sin(i * 0.3) : 0.02 * std::sin(i * 1.7 + j)));
         }
-    Vexaro<T> v;
-    v.setMessageLevel(-1);
-    v.setFacadeMessageLevel(-1);
-    v.setComputeBackend("cpu");
-    v.set_SoA(soa);
-    v.loadDirectData(pts.data(), static_cast<int>(pts.size()));
-    v.set_TerrainWindow(T(40));
-    v.set_TerrainWallHeight(T(wallHeight));
-    v.regularGridDecomposition2D(1000, 1000);
-    v.classifyTerrainGround(2);
-    std::vector<short> out(pts.size());
-    v.saveClassesToBuffer(out.data(), static_cast<int>(out.size()));
+    const auto out = classify<T>(pts, soa, [wallHeight](Vexaro<T>& v) {
+        v.set_TerrainWindow(T(40));
+        v.set_TerrainWallHeight(T(wallHeight));
+    });
     int roofGround = 0, bareLost = 0;
     for (std::size_t k = 0; k < pts.size(); ++k) {
         const bool roof = pts[k].z > 5;
@@ -233,22 +220,15 @@ int terraceLost(float wallHeight)
             const double z = x < 60 || x > 102 ? 0.0 : (x < 62 ? x - 60 : (x > 100 ? 102 - x : 2.0));
             pts.push_back(point<float>(x, j + 0.5, z + 0.02 * std::sin(i * 1.7 + j)));
         }
-    Vexaro<float> v;
-    v.setMessageLevel(-1);
-    v.setFacadeMessageLevel(-1);
-    v.setComputeBackend("cpu");
-    v.loadDirectData(pts.data(), static_cast<int>(pts.size()));
-    v.set_TerrainWindow(40.0f);
-    v.set_TerrainSlope(0.5f);
-    v.set_TerrainClimb(0.8f);
-    v.set_TerrainClimbMaxRise(0.5f);
-    v.set_TerrainWallHeight(wallHeight);
-    v.regularGridDecomposition2D(1000, 1000);
-    v.classifyTerrainGround(2);
-    std::vector<short> out(pts.size());
-    v.saveClassesToBuffer(out.data(), static_cast<int>(out.size()));
+    const auto out = classify<float>(pts, true, [wallHeight](Vexaro<float>& v) {
+        v.set_TerrainWindow(40.0f);
+        v.set_TerrainSlope(0.5f);
+        v.set_TerrainClimb(0.8f);
+        v.set_TerrainClimbMaxRise(0.5f);
+        v.set_TerrainWallHeight(wallHeight);
+    });
     int lost = 0;
-    for (short c : out)
+    for (int c : out)
         lost += c != 2;
     return lost;
 }

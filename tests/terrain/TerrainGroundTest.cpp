@@ -1,5 +1,7 @@
 // The terrain-surface ground step on small built scenes: a hall wider than any seed column, a
 // slope with a terrace, a headland above a cliff, and the refusals that leave the classes as they were.
+#include "terrain/TerrainStepRun.h"
+
 #include <Vexaro.h>
 
 #include <gtest/gtest.h>
@@ -9,16 +11,8 @@
 
 namespace {
 
-template <class T> VX_Point<T> point(double x, double y, double z)
-{
-    VX_Point<T> p{};
-    p.x = static_cast<T>(x);
-    p.y = static_cast<T>(y);
-    p.z = static_cast<T>(z);
-    p.classification = 1;
-    p.lastReturn = 1;
-    return p;
-}
+using terraintest::classify;
+using terraintest::point;
 
 /// 200 m x 160 m of flat ground at 1 m spacing with an 80 m x 60 m hall 9 m high in the middle.
 template <class T> std::vector<VX_Point<T>> hallScene()
@@ -31,24 +25,6 @@ template <class T> std::vector<VX_Point<T>> hallScene()
             pts.push_back(point<T>(x, y, roof ? 9.0 : 0.02 * std::sin(i * 1.7 + j)));
         }
     return pts;
-}
-
-template <class T>
-std::vector<int> classify(std::vector<VX_Point<T>> pts, bool soa, void (*set)(Vexaro<T>&) = nullptr)
-{
-    Vexaro<T> v;
-    v.setMessageLevel(-1);
-    v.setFacadeMessageLevel(-1);
-    v.setComputeBackend("cpu");
-    v.set_SoA(soa);
-    v.loadDirectData(pts.data(), static_cast<int>(pts.size()));
-    if (set)
-        set(v);
-    v.regularGridDecomposition2D(1000, 1000);
-    v.classifyTerrainGround(2);
-    std::vector<short> out(pts.size());
-    v.saveClassesToBuffer(out.data(), static_cast<int>(out.size()));
-    return std::vector<int>(out.begin(), out.end());
 }
 
 template <class T> void expectHallRoofIsNotGround(bool soa)
