@@ -5,6 +5,7 @@
 // Both: the verdicts do not depend on the threads, and single-return data is refused; an absurd
 // share is refused.
 #include "common/TestSupport.h"
+#include "roofs/EchoScenePoints.h"
 
 #include <algorithm>
 #include <functional>
@@ -33,16 +34,7 @@ enum class Part {
     ShrubRim,  ///< class 1, two returns, 1 m up: joins as medium vegetation
 };
 
-struct EchoScene {
-    std::vector<VX_Point<float>> points;
-    std::vector<int> returns;
-    std::vector<Part> part;
-    void add(double x, double y, double z, int cls, int count, Part p)
-    {
-        points.push_back(point<float>(float(x), float(y), float(z), cls));
-        returns.push_back(count);
-        part.push_back(p);
-    }
+struct EchoScene : echotest::EchoScenePoints<float, Part> {
     /// Ground (class 2, one return) over 40 m x 40 m at 1 m spacing.
     EchoScene()
     {

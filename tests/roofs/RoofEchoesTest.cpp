@@ -3,6 +3,7 @@
 // without heights, without return counts, on single-return data (unless EchoSingleShare is 0,
 // when the plane alone decides) and on a grid it cannot use.
 #include "common/TestSupport.h"
+#include "roofs/EchoScenePoints.h"
 
 #include <algorithm>
 #include <random>
@@ -19,17 +20,7 @@ constexpr int kInput = 1, kGroundClass = 2, kBuildingClass = 6;
 
 enum class Part { Ground, Roof, Canopy, Heap, LowPatch };
 
-template <class T> struct EchoScene {
-    std::vector<VX_Point<T>> points;
-    std::vector<int> returns;
-    std::vector<Part> part;
-    void add(double x, double y, double z, int cls, int count, Part p)
-    {
-        points.push_back(point<T>(T(x), T(y), T(z), cls));
-        returns.push_back(count);
-        part.push_back(p);
-    }
-};
+template <class T> using EchoScene = echotest::EchoScenePoints<T, Part>;
 
 /// Flat ground (class 2, one return) over 40 m x 40 m at 1 m spacing, and four raised objects of
 /// class 1 at 1 m spacing: a flat roof 6 m up (one return a pulse), a canopy as smooth as the roof
