@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
+#include <malloc.h>
 #include <memory>
 
 namespace vx::app {
@@ -139,6 +140,9 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
     // The profile goes to the terminal, between the checks of the run and the library's work.
     quiet.reset();
     const DataScale scale = run.preset == "none" ? DataScale{} : measureScale(input, run, reporter);
+    // The profile's many small cell records are freed by now; give their pages back before the
+    // library loads the cloud, so that they do not add to the run's peak.
+    malloc_trim(0);
     quiet = std::make_unique<LibraryOutput::Redirect>(libraryOutput);
     v.set_SoA(run.soa);
     // The pipeline's recommended values first, so that every --set / --params value wins, also
