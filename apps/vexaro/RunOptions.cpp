@@ -13,7 +13,9 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
+#ifdef __GLIBC__
 #include <malloc.h>
+#endif
 #include <memory>
 
 namespace vx::app {
@@ -142,7 +144,9 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
     const DataScale scale = run.preset == "none" ? DataScale{} : measureScale(input, run, reporter);
     // The profile's many small cell records are freed by now; give their pages back before the
     // library loads the cloud, so that they do not add to the run's peak.
+#ifdef __GLIBC__
     malloc_trim(0);
+#endif
     quiet = std::make_unique<LibraryOutput::Redirect>(libraryOutput);
     v.set_SoA(run.soa);
     // The pipeline's recommended values first, so that every --set / --params value wins, also
