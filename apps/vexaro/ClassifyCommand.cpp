@@ -4,6 +4,7 @@
 #include "MemoryBudget.h"
 #include "Presets.h"
 #include "Preview.h"
+#include "Ranks.h"
 #include "RunOptions.h"
 #include "TiledClassify.h"
 
@@ -97,6 +98,15 @@ int classifyCommand(const Arguments& arguments)
         return classifyFolder(tiled, tiles);
     }
     const std::string input = inputs.front();
+    {
+        // The ranks of a job would all write the one output: refused on every rank alike, after
+        // joining the job, so that the launcher sees each rank end.
+        const Ranks ranks;
+        if (ranks.size() > 1)
+            throw UsageError("started as " + std::to_string(ranks.size()) +
+                             " MPI ranks, but one file is classified by one process; give the ranks a "
+                             "folder of tiles, or run a single process");
+    }
 
     // Everything that could stop the run is checked before the long work starts.
     requireReadableFile(input, "input");

@@ -6,8 +6,10 @@
 #include "Ranks.h"
 
 #include <algorithm>
+#include <exception>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -53,6 +55,37 @@ uint64_t classifyOneTile(const std::vector<TileFile>& files, std::size_t k, cons
     return own;
 }
 
+/// What every rank reads before the tiles: the input files, their headers and problems, and the
+/// output path of each.
+struct FolderPlan {
+    std::vector<TileFile> files;
+    std::vector<std::string> problems, outputs;
+};
+
+FolderPlan planFolder(const TiledOptions& options)
+{
+    FolderPlan plan;
+    const auto paths = expandInputs(options.inputs);
+    if (isPointFileName(options.output) && !fs::is_directory(options.output))
+        throw UsageError("tiles are written to a folder, one file a tile: -o OUT_DIR, not '" +
+                         options.output + "'");
+    requireFolder(options.output);
+    std::map<std::string, std::string> names;
+    for (const auto& p : paths) {
+        const std::string name = fs::path(p).filename().string();
+        const auto [it, added] = names.emplace(name, p);
+        if (!added)
+            throw std::runtime_error("'" + p + "' and '" + it->second + "' would both be written as '" +
+                                     name + "' in " + options.output);
+        plan.outputs.push_back((fs::path(options.output) / name).string());
+        if (sameFile(p, plan.outputs.back()))
+            throw std::runtime_error("the output folder '" + options.output + "' holds the input '" + p +
+                                     "'; choose another output folder");
+    }
+    plan.files = readTileHeaders(paths, plan.problems);
+    return plan;
+}
+
 } // namespace
 
 int classifyFolder(const TiledOptions& given, TileSettings tiles)
@@ -75,26 +108,25 @@ int classifyFolder(const TiledOptions& given, TileSettings tiles)
                                   Setting{"HostThreads", double(std::max(1, cores / ranks.localSize()))});
         tiles.run.cudaDevice = ranks.localRank();
     }
-    const auto paths = expandInputs(options.inputs);
-    if (isPointFileName(options.output) && !fs::is_directory(options.output))
-        throw UsageError("tiles are written to a folder, one file a tile: -o OUT_DIR, not '" +
-                         options.output + "'");
-    requireFolder(options.output);
-    std::map<std::string, std::string> names;
-    std::vector<std::string> outputs;
-    for (const auto& p : paths) {
-        const std::string name = fs::path(p).filename().string();
-        const auto [it, added] = names.emplace(name, p);
-        if (!added)
-            throw std::runtime_error("'" + p + "' and '" + it->second + "' would both be written as '" +
-                                     name + "' in " + options.output);
-        outputs.push_back((fs::path(options.output) / name).string());
-        if (sameFile(p, outputs.back()))
-            throw std::runtime_error("the output folder '" + options.output + "' holds the input '" + p +
-                                     "'; choose another output folder");
+    // A rank that fails here while another goes on would leave that one waiting in the job's first
+    // collective for ever; the ranks agree on failure first, and every rank stops together.
+    FolderPlan plan;
+    std::optional<WorkFolder> work;
+    std::exception_ptr early;
+    try {
+        plan = planFolder(options);
+        work.emplace(options.output);
+    } catch (...) {
+        early = std::current_exception();
     }
-    std::vector<std::string> problems;
-    const auto files = readTileHeaders(paths, problems);
+    if (ranks.sum(early ? 1 : 0) > 0) {
+        if (early)
+            std::rethrow_exception(early);
+        throw std::runtime_error("another rank could not start the run; its message says why");
+    }
+    const auto& files = plan.files;
+    const auto& problems = plan.problems;
+    const auto& outputs = plan.outputs;
     uint64_t mine = 0;
     std::vector<std::size_t> todo;
     for (std::size_t k = static_cast<std::size_t>(ranks.rank()); k < files.size();
@@ -104,7 +136,6 @@ int classifyFolder(const TiledOptions& given, TileSettings tiles)
     }
     const std::string prefix = ranks.size() > 1 ? "rank " + std::to_string(ranks.rank()) + ": " : "";
     TileProgress progress(todo.size(), mine, tiles.run.quiet, prefix);
-    WorkFolder work(options.output);
     uint64_t failed = 0, skipped = 0;
     for (std::size_t k : todo) {
         std::error_code ec;
@@ -116,7 +147,7 @@ int classifyFolder(const TiledOptions& given, TileSettings tiles)
         try {
             if (!problems[k].empty())
                 throw std::runtime_error(problems[k]);
-            progress.done(classifyOneTile(files, k, options, tiles, work, outputs[k]));
+            progress.done(classifyOneTile(files, k, options, tiles, *work, outputs[k]));
         } catch (const std::exception& e) {
             ++failed;
             const std::string what = e.what();
