@@ -134,7 +134,9 @@ public:
     /// Marks isolated points and small far-off groups among the admitted points (allowed-input-classes
     /// table): lowNoiseClass for those lying below their surroundings, highNoiseClass above.
     /// Needs a planar grid (regularGridDecomposition2D) whose columns are at least NoiseRange
-    /// wide; reads NoiseRange, NoiseMinNeighbours, NoiseHeightGap and NoiseGroupPoints.
+    /// wide; reads NoiseRange, NoiseMinNeighbours, NoiseHeightGap, NoiseGroupPoints and
+    /// NoisePitDepth (a point that far below the plane through its others within NoiseRange in
+    /// plan, which fit it closely, is low noise; 0 leaves that test out).
     void classifyNoise(int lowNoiseClass, int highNoiseClass);
     // --- height above ground ---
     /// Interpolates the surface of the points of groundClass under every point and keeps each point's

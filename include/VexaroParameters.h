@@ -124,6 +124,8 @@
       "empty height band that parts a far-off group from the rest of its columns")                           \
     X(NoiseGroupPoints, NoiseGroupPoints, Count, 5, "", 0, 1000, "noise", Noise, 0,                          \
       "largest far-off group that is noise; 0: off")                                                         \
+    X(NoisePitDepth, NoisePitDepth, Height, 0.0, "m", 0, 1000, "noise", Noise, 0,                            \
+      "a point this far below the plane fitted closely through its others within NoiseRange is low; 0: off") \
     X(HeightAboveGroundCellSize, HeightAboveGroundCellSize, Length, 1.0, "m", 0.01, 1000,                    \
       "height above ground", HeightAboveGround, 0, "cell edge of the ground surface raster")                 \
     X(EchoRange, EchoRange, Length, 1.5, "m", 0.001, 1000, "roofs by echoes", RoofEchoes, 1,                 \

@@ -125,6 +125,10 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     length("NoiseRange", std::max(2.0, 4.0 * all),
            "4 x spacing, at least 2 m: a point with fewer than two others that near is isolated");
     height("NoiseHeightGap", 10.0, "10 m: no tree or building has an empty band that tall within it");
+    height(
+        "NoisePitDepth", 0.5,
+        "0.5 m: the widest ground distance; ground fitted that closely by its neighbours' plane never lies "
+        "so far below it, a return sunk by multipath does");
     length("HeightAboveGroundCellSize", std::max(1.0, 1.5 * last), "1.5 x last-return spacing, at least 1 m");
 
     const double normal = std::max(1.5, 2.5 * all);

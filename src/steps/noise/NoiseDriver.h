@@ -31,10 +31,12 @@ template <class T> void runNoise(StepContext<T>& c)
         !planarGridCovers(c, static_cast<double>(c.par().NoiseRange), "Noise search", "NoiseRange"))
         return;
     const NoiseParams<T> par{c.par().NoiseRange, c.par().NoiseMinNeighbours, c.par().NoiseHeightGap,
-                             c.par().NoiseGroupPoints};
+                             c.par().NoiseGroupPoints, c.par().NoisePitDepth};
     c.msg(4, "Noise range, neighbours, gap, group:",
           toText(par.range) + " " + toText(par.minNeighbours) + " " + toText(par.gap) + " " +
               toText(par.groupPoints));
+    if (par.pitDepth > 0)
+        c.msg(4, "Noise pit depth:", toText(par.pitDepth));
     Buffer<uint8_t> verdict(c.backend(), static_cast<std::size_t>(n));
     c.checkDeviceError();
     if (!verdict) {

@@ -17,7 +17,16 @@ template <class T> struct NoiseParams {
     int minNeighbours; ///< fewer other admitted points within range: isolated
     T gap;             ///< empty height band that parts a far-off group from the bulk
     int groupPoints;   ///< largest far-off group that is noise (0: no far-off test)
+    T pitDepth;        ///< depth below the fitted plane of the others that makes a pit (0: no pit test)
 };
+
+/// The pit test reads at least this many others within the plan range: fewer fit no plane that
+/// can be trusted.
+constexpr int kPitLeastOthers = 6;
+/// A pit lies deeper below the plane than this many times the others' scatter about it: bare
+/// ground, slopes and gentle hollows fit their plane closely; valleys, cones, canopies and walls
+/// scatter by a large share of their depth.
+constexpr double kPitScatterMultiple = 4.0;
 
 /// Judges the admitted point at sorted position i against the admitted points of its own and the
 /// adjacent columns (its column block), the point itself included in the height counts:
@@ -27,7 +36,14 @@ template <class T> struct NoiseParams {
 /// - far-off below: the same upwards, ending at hi, with the counts taken below and above;
 /// - isolated: fewer than minNeighbours other points within range in 3D; low when more of the
 ///   block lies above it than below, high otherwise (also when the block holds nothing else).
-/// Far-off verdicts come first. Non-admitted points are neither judged nor counted. Each far-off
+/// - pit (pitDepth > 0): at least kPitLeastOthers others lie within range in plan, the least
+///   squares plane through them passes above the point by more than pitDepth (and at most
+///   range; deeper, isolation decides) and by more than
+///   kPitScatterMultiple times their scatter about it, and each of them lies at least half that
+///   depth above the point along the plane's tilt; always low. A return sunk below smooth
+///   ground by less than range has ground neighbours within range and is not isolated.
+/// Far-off verdicts come first, the pit test last. Non-admitted points are neither judged nor
+/// counted. Each far-off
 /// walk adds at least one point to its side per pass over the block and stops once the side
 /// holds more than groupPoints, so a point costs at most 2 groupPoints + 3 passes.
 template <class T, class Points, class Index, class Groups>
@@ -74,7 +90,71 @@ struct JudgeNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
         }
         if (close < par.minNeighbours)
             return above > below ? NoiseLow : NoiseHigh;
+        if (par.pitDepth > 0 && pit(i, px, py, pz))
+            return NoiseLow;
         return NoiseKept;
+    }
+
+    /// The pit test. Sums are taken relative to the point, so the plane's height at the point is
+    /// the fit's intercept, and in double precision, so that Cramer's rule keeps the centimetres.
+    VX_HD bool pit(int i, T px, T py, T pz) const
+    {
+        const double range2 = double(par.range) * double(par.range);
+        int m = 0;
+        double sx = 0, sy = 0, sz = 0, sxx = 0, sxy = 0, syy = 0, sxz = 0, syz = 0, szz = 0;
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+            if (!this->allowed.admits(this->pts.cls(q)))
+                return;
+            const double dx = double(this->xOf(q, j)) - double(px), dy = double(this->yOf(q, j)) - double(py);
+            const double dz = double(this->zOf(q, j)) - double(pz);
+            const double d2 = dx * dx + dy * dy;
+            if (d2 >= range2 || (d2 == 0 && dz == 0))
+                return;
+            ++m;
+            sx += dx, sy += dy, sz += dz;
+            sxx += dx * dx, sxy += dx * dy, syy += dy * dy;
+            sxz += dx * dz, syz += dy * dz, szz += dz * dz;
+        });
+        if (m < kPitLeastOthers)
+            return false;
+        // Normal equations of dz = a + b dx + c dy, solved by Cramer's rule.
+        const double n = m;
+        const double det =
+            n * (sxx * syy - sxy * sxy) - sx * (sx * syy - sxy * sy) + sy * (sx * sxy - sxx * sy);
+        const double scale = (sxx + syy) * (sxx + syy) * n;
+        if (!(det > scale * 1e-6))
+            return false; // the others lie on a line or a point: no plane
+        const double a =
+            (sz * (sxx * syy - sxy * sxy) - sx * (sxz * syy - sxy * syz) + sy * (sxz * sxy - sxx * syz)) /
+            det;
+        const double b =
+            (n * (sxz * syy - sxy * syz) - sz * (sx * syy - sxy * sy) + sy * (sx * syz - sxz * sy)) / det;
+        const double c =
+            (n * (sxx * syz - sxz * sxy) - sx * (sx * syz - sxz * sy) + sz * (sx * sxy - sxx * sy)) / det;
+        // Deeper than the range, the point has no neighbour left within it, and the isolation
+        // test decides; a canopy over a lone ground return lies that far up.
+        if (!(a > double(par.pitDepth)) || a > double(par.range))
+            return false;
+        // Sum of squared residuals of the least squares fit.
+        double sse = szz - a * sz - b * sxz - c * syz;
+        sse = sse > 0 ? sse : 0;
+        const double limit = a / kPitScatterMultiple;
+        if (!(sse < limit * limit * n))
+            return false;
+        // Alone at the bottom: every other lies at least half the depth above the point along the
+        // plane's tilt. A ground return under a canopy has others of its own level beside it,
+        // which the canopy's many points outweigh in the fit.
+        bool alone = true;
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+            if (!alone || !this->allowed.admits(this->pts.cls(q)))
+                return;
+            const double dx = double(this->xOf(q, j)) - double(px), dy = double(this->yOf(q, j)) - double(py);
+            const double dz = double(this->zOf(q, j)) - double(pz);
+            const double d2 = dx * dx + dy * dy;
+            if (d2 < range2 && !(d2 == 0 && dz == 0) && dz - b * dx - c * dy < 0.5 * a)
+                alone = false;
+        });
+        return alone;
     }
 
     /// Walks down from z; true when the point's side above the first band of at least gap holds
