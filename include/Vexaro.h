@@ -152,6 +152,11 @@ public:
     /// its height above ground: below VegetationLowLimit, below VegetationHighLimit, or above.
     /// Points without a height (NaN) keep their class.
     void classifyByHeightAboveGround(int lowClass, int mediumClass, int highClass);
+    /// Gives groundClass to every admitted point (allowed-input-classes table) whose height above
+    /// ground lies within NearGroundDistance, above or below: returns on the final ground that an
+    /// earlier step set aside, such as the few ground returns under a dense canopy that the noise
+    /// step reads as a far-off group. Points without a height (NaN) keep their class.
+    void classifyNearGround(int groundClass);
     /// Gives buildingClass to the admitted points (allowed-input-classes table) that lie on roofs
     /// by their echoes: a roof stops the pulse and returns one echo, a canopy mostly several. A
     /// point at least EchoMinHeight above the ground is a roof point when the points within

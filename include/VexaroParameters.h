@@ -128,6 +128,9 @@
       "a point this far below the plane fitted closely through its others within NoiseRange is low; 0: off") \
     X(HeightAboveGroundCellSize, HeightAboveGroundCellSize, Length, 1.0, "m", 0.01, 1000,                    \
       "height above ground", HeightAboveGround, 0, "cell edge of the ground surface raster")                 \
+    X(NearGroundDistance, NearGroundDistance, Height, 0.5, "m", 0, 1000, "height above ground",              \
+      HeightAboveGround, 0,                                                                                  \
+      "largest height above or below the ground surface that classifyNearGround takes")                      \
     X(EchoRange, EchoRange, Length, 1.5, "m", 0.001, 1000, "roofs by echoes", RoofEchoes, 1,                 \
       "plan radius of the neighbourhood that the echo test of a roof point reads")                           \
     X(EchoMinHeight, EchoMinHeight, Height, 2.0, "m", 0, 1000, "roofs by echoes", RoofEchoes, 0,             \
@@ -177,8 +180,9 @@ enum ParameterStep : unsigned {
     Vegetation = 1u << 7,         ///< performVegetationClassification
     TerrainGround = 1u << 8,      ///< classifyTerrainGround
     Noise = 1u << 9,              ///< classifyNoise
-    HeightAboveGround = 1u << 10, ///< computeHeightAboveGround, classifyByHeightAboveGround
-    RoofEchoes = 1u << 11,        ///< classifyRoofsByEchoes, growRoofsByEchoes
+    HeightAboveGround =
+        1u << 10,          ///< computeHeightAboveGround, classifyByHeightAboveGround, classifyNearGround
+    RoofEchoes = 1u << 11, ///< classifyRoofsByEchoes, growRoofsByEchoes
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

@@ -179,6 +179,12 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
         step.run("terrain ground", "ground", {kGround}, [&] {
             setAllowed(v, groundCandidates);
             v.classifyTerrainGround(kGround);
+            // Noise lying on the terrain is ground: the few ground returns under a dense canopy
+            // read as a far-off group below it, while a stray or sunk return lies well off the
+            // surface.
+            v.computeHeightAboveGround(kGround);
+            setAllowed(v, admit({kLowPoint, options.highNoiseClass}));
+            v.classifyNearGround(kGround);
             if (options.gridCellSize > 0)
                 v.regularGridDecomposition2D(options.gridCellSize, options.gridCellSize);
             else

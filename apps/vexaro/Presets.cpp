@@ -129,6 +129,9 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
         "NoisePitDepth", 0.5,
         "0.5 m: the widest ground distance; ground fitted that closely by its neighbours' plane never lies "
         "so far below it, a return sunk by multipath does");
+    height("NearGroundDistance", 0.5,
+           "0.5 m, the pit depth: noise no farther from the final ground is a ground return that the noise "
+           "step set aside, such as one of the few under a dense canopy");
     length("HeightAboveGroundCellSize", std::max(1.0, 1.5 * last), "1.5 x last-return spacing, at least 1 m");
 
     const double normal = std::max(1.5, 2.5 * all);

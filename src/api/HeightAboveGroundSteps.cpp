@@ -1,4 +1,5 @@
-// The height above ground: computing it, copying it out and tiering the points by it. The heights
+// The height above ground: computing it, copying it out, and tiering the points or giving them
+// the ground by it. The heights
 // are kept by the step (steps/common/HeightAboveGroundState.h), not in the point records.
 #include "api/StepRun.h"
 #include "steps/common/HeightAboveGroundState.h"
@@ -49,6 +50,19 @@ template <class T> void Vexaro<T>::classifyByHeightAboveGround(int lowClass, int
     runStep("both", [&] { VX_STEP(runHeightTiers, runHeightTiers); });
 }
 
+template <class T> void Vexaro<T>::classifyNearGround(int groundClass)
+{
+    if (!core->dataLoaded) {
+        facadeMessage(0, "ERROR! Data not loaded!");
+        return;
+    }
+    if (!parametersValidFor(vexaro::HeightAboveGround))
+        return;
+    uploadCurrentCloud(*core);
+    core->slots.GroundClass = groundClass;
+    runStep("both", [&] { VX_STEP(runNearGround, runNearGround); });
+}
+
 template <class T> std::vector<float> Vexaro<T>::heightsAboveGround()
 {
     const auto* state = core->stepStates.template find<vx::HeightAboveGroundState>();
@@ -78,6 +92,8 @@ template void Vexaro<float>::computeHeightAboveGround(int);
 template void Vexaro<double>::computeHeightAboveGround(int);
 template void Vexaro<float>::classifyByHeightAboveGround(int, int, int);
 template void Vexaro<double>::classifyByHeightAboveGround(int, int, int);
+template void Vexaro<float>::classifyNearGround(int);
+template void Vexaro<double>::classifyNearGround(int);
 template void Vexaro<float>::saveHeightAboveGroundToBuffer(float*, int);
 template void Vexaro<double>::saveHeightAboveGroundToBuffer(float*, int);
 template std::vector<float> Vexaro<float>::heightsAboveGround();

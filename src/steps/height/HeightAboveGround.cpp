@@ -2,3 +2,4 @@
 
 VX_INSTANTIATE_STEP(runHeightAboveGround)
 VX_INSTANTIATE_STEP(runHeightTiers)
+VX_INSTANTIATE_STEP(runNearGround)

@@ -222,4 +222,24 @@ template <class T> void runHeightTiers(StepContext<T>& c)
     c.msg(2, "Height tiers done!");
 }
 
+template <class T> void runNearGround(StepContext<T>& c)
+{
+    const auto& state = c.template state<HeightAboveGroundState>();
+    const int n = c.pointCount();
+    if (!state.heldFor(c.cloudGeneration(), static_cast<std::size_t>(n))) {
+        c.msg(0, "ERROR! No heights above ground for this cloud; run computeHeightAboveGround first");
+        return;
+    }
+    const LaunchConfig cfg = c.launchConfig(n);
+    c.msg(4, "Ground within", c.par().NearGroundDistance);
+    c.visit([&](auto layout) {
+        launch(cfg, n,
+               NearGround<T, PointsOf<T, decltype(layout)>>{
+                   c.points(layout), c.allowed(), state.heights.data(), n, c.par().NearGroundDistance,
+                   c.slots().GroundClass});
+    });
+    c.checkDeviceError();
+    c.msg(2, "Near ground done!");
+}
+
 } // namespace vx::VX_BACKEND_NS

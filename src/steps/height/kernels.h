@@ -390,4 +390,26 @@ template <class T, class Points> struct TierByHeight {
     }
 };
 
+/// Per admitted point with a height within distance of the ground surface, above or below it:
+/// groundClass.
+template <class T, class Points> struct NearGround {
+    Points pts;
+    AllowedClasses allowed;
+    const float* heights;
+    int count;
+    T distance;
+    int groundClass;
+    VX_HD void operator()(int i) const
+    {
+        if (i >= count)
+            return;
+        const float h = heights[i];
+        if (h != h || !allowed.admits(pts.cls(i)))
+            return;
+        const T t = static_cast<T>(h);
+        if (t <= distance && t >= -distance)
+            pts.setCls(i, groundClass);
+    }
+};
+
 } // namespace vx
