@@ -219,6 +219,9 @@ private:
     /// Whether an added step may run: data loaded, the parameters of `steps` valid and at least
     /// one point; otherwise says why (`step` names it in the message for an empty cloud).
     bool addedStepReady(unsigned steps, const char* step);
+    /// Whether a height-above-ground step may run: data loaded and its parameters valid, with
+    /// the cloud then on the backend; otherwise says why. An empty cloud may run.
+    bool heightStepReady();
     void facadeMessage(int level, const std::string& text, const std::string& value = "");
 };
 

@@ -22,28 +22,30 @@ template <class T> void uploadCurrentCloud(ClassifierCore<T>& core)
 
 } // namespace
 
-template <class T> void Vexaro<T>::computeHeightAboveGround(int groundClass)
+template <class T> bool Vexaro<T>::heightStepReady()
 {
     if (!core->dataLoaded) {
         facadeMessage(0, "ERROR! Data not loaded!");
-        return;
+        return false;
     }
     if (!parametersValidFor(vexaro::HeightAboveGround))
-        return;
+        return false;
     uploadCurrentCloud(*core);
+    return true;
+}
+
+template <class T> void Vexaro<T>::computeHeightAboveGround(int groundClass)
+{
+    if (!heightStepReady())
+        return;
     core->slots.GroundClass = groundClass;
     runStep("both", [&] { VX_STEP(runHeightAboveGround, runHeightAboveGround); });
 }
 
 template <class T> void Vexaro<T>::classifyByHeightAboveGround(int lowClass, int mediumClass, int highClass)
 {
-    if (!core->dataLoaded) {
-        facadeMessage(0, "ERROR! Data not loaded!");
+    if (!heightStepReady())
         return;
-    }
-    if (!parametersValidFor(vexaro::HeightAboveGround))
-        return;
-    uploadCurrentCloud(*core);
     core->slots.TargetClass = lowClass;
     core->slots.TargetClass2 = mediumClass;
     core->slots.TargetClass3 = highClass;
@@ -52,13 +54,8 @@ template <class T> void Vexaro<T>::classifyByHeightAboveGround(int lowClass, int
 
 template <class T> void Vexaro<T>::classifyNearGround(int groundClass)
 {
-    if (!core->dataLoaded) {
-        facadeMessage(0, "ERROR! Data not loaded!");
+    if (!heightStepReady())
         return;
-    }
-    if (!parametersValidFor(vexaro::HeightAboveGround))
-        return;
-    uploadCurrentCloud(*core);
     core->slots.GroundClass = groundClass;
     runStep("both", [&] { VX_STEP(runNearGround, runNearGround); });
 }
@@ -88,6 +85,8 @@ template <class T> void Vexaro<T>::saveHeightAboveGroundToBuffer(float* buffer, 
 
 #undef VX_STEP
 
+template bool Vexaro<float>::heightStepReady();
+template bool Vexaro<double>::heightStepReady();
 template void Vexaro<float>::computeHeightAboveGround(int);
 template void Vexaro<double>::computeHeightAboveGround(int);
 template void Vexaro<float>::classifyByHeightAboveGround(int, int, int);

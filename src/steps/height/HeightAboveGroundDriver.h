@@ -200,23 +200,34 @@ template <class T> void runHeightAboveGround(StepContext<T>& c)
     c.msg(2, "Height above ground done!");
 }
 
-template <class T> void runHeightTiers(StepContext<T>& c)
+/// The heights of the cloud the context holds, or null after saying that there are none.
+template <class T> const HeightAboveGroundState* heldHeights(StepContext<T>& c)
 {
     const auto& state = c.template state<HeightAboveGroundState>();
-    const int n = c.pointCount();
-    if (!state.heldFor(c.cloudGeneration(), static_cast<std::size_t>(n))) {
-        c.msg(0, "ERROR! No heights above ground for this cloud; run computeHeightAboveGround first");
+    if (state.heldFor(c.cloudGeneration(), static_cast<std::size_t>(c.pointCount())))
+        return &state;
+    c.msg(0, "ERROR! No heights above ground for this cloud; run computeHeightAboveGround first");
+    return nullptr;
+}
+
+template <class T> void runHeightTiers(StepContext<T>& c)
+{
+    const HeightAboveGroundState* state = heldHeights(c);
+    if (!state)
         return;
-    }
-    const LaunchConfig cfg = c.launchConfig(n);
+    const int n = c.pointCount();
     c.msg(4, "Tiers below", c.par().VegetationLowLimit);
     c.msg(4, "Tiers from", c.par().VegetationHighLimit);
     const auto& s = c.slots();
     c.visit([&](auto layout) {
-        launch(cfg, n,
-               TierByHeight<T, PointsOf<T, decltype(layout)>>{
-                   c.points(layout), c.allowed(), state.heights.data(), n, c.par().VegetationLowLimit,
-                   c.par().VegetationHighLimit, s.TargetClass, s.TargetClass2, s.TargetClass3});
+        using Points = PointsOf<T, decltype(layout)>;
+        launch(c.launchConfig(n), n,
+               TierByHeight<T, Points>{{c.points(layout), c.allowed(), state->heights.data(), n},
+                                       c.par().VegetationLowLimit,
+                                       c.par().VegetationHighLimit,
+                                       s.TargetClass,
+                                       s.TargetClass2,
+                                       s.TargetClass3});
     });
     c.checkDeviceError();
     c.msg(2, "Height tiers done!");
@@ -224,19 +235,17 @@ template <class T> void runHeightTiers(StepContext<T>& c)
 
 template <class T> void runNearGround(StepContext<T>& c)
 {
-    const auto& state = c.template state<HeightAboveGroundState>();
-    const int n = c.pointCount();
-    if (!state.heldFor(c.cloudGeneration(), static_cast<std::size_t>(n))) {
-        c.msg(0, "ERROR! No heights above ground for this cloud; run computeHeightAboveGround first");
+    const HeightAboveGroundState* state = heldHeights(c);
+    if (!state)
         return;
-    }
-    const LaunchConfig cfg = c.launchConfig(n);
+    const int n = c.pointCount();
     c.msg(4, "Ground within", c.par().NearGroundDistance);
     c.visit([&](auto layout) {
-        launch(cfg, n,
-               NearGround<T, PointsOf<T, decltype(layout)>>{
-                   c.points(layout), c.allowed(), state.heights.data(), n, c.par().NearGroundDistance,
-                   c.slots().GroundClass});
+        using Points = PointsOf<T, decltype(layout)>;
+        launch(c.launchConfig(n), n,
+               NearGround<T, Points>{{c.points(layout), c.allowed(), state->heights.data(), n},
+                                     c.par().NearGroundDistance,
+                                     c.slots().GroundClass});
     });
     c.checkDeviceError();
     c.msg(2, "Near ground done!");

@@ -370,45 +370,47 @@ template <class T, class Points> struct HeightOverSurface {
     }
 };
 
-/// Per admitted point with a height: lowClass below low, mediumClass below high, else highClass.
-template <class T, class Points> struct TierByHeight {
+/// The views of a kernel that acts on the admitted points with a height (NaN: none).
+template <class T, class Points> struct ByHeight {
     Points pts;
     AllowedClasses allowed;
     const float* heights;
     int count;
+    /// The height of point i in t when it is admitted and has one.
+    VX_HD bool admittedHeight(int i, T& t) const
+    {
+        if (i >= count)
+            return false;
+        const float h = heights[i];
+        if (h != h || !allowed.admits(pts.cls(i)))
+            return false;
+        t = static_cast<T>(h);
+        return true;
+    }
+};
+
+/// Per admitted point with a height: lowClass below low, mediumClass below high, else highClass.
+template <class T, class Points> struct TierByHeight : ByHeight<T, Points> {
     T low, high;
     int lowClass, mediumClass, highClass;
     VX_HD void operator()(int i) const
     {
-        if (i >= count)
-            return;
-        const float h = heights[i];
-        if (h != h || !allowed.admits(pts.cls(i)))
-            return;
-        const T t = static_cast<T>(h);
-        pts.setCls(i, t < low ? lowClass : (t < high ? mediumClass : highClass));
+        T t;
+        if (this->admittedHeight(i, t))
+            this->pts.setCls(i, t < low ? lowClass : (t < high ? mediumClass : highClass));
     }
 };
 
 /// Per admitted point with a height within distance of the ground surface, above or below it:
 /// groundClass.
-template <class T, class Points> struct NearGround {
-    Points pts;
-    AllowedClasses allowed;
-    const float* heights;
-    int count;
+template <class T, class Points> struct NearGround : ByHeight<T, Points> {
     T distance;
     int groundClass;
     VX_HD void operator()(int i) const
     {
-        if (i >= count)
-            return;
-        const float h = heights[i];
-        if (h != h || !allowed.admits(pts.cls(i)))
-            return;
-        const T t = static_cast<T>(h);
-        if (t <= distance && t >= -distance)
-            pts.setCls(i, groundClass);
+        T t;
+        if (this->admittedHeight(i, t) && t <= distance && t >= -distance)
+            this->pts.setCls(i, groundClass);
     }
 };
 
