@@ -157,6 +157,16 @@ public:
     /// earlier step set aside, such as the few ground returns under a dense canopy that the noise
     /// step reads as a far-off group. Points without a height (NaN) keep their class.
     void classifyNearGround(int groundClass);
+    /// Gives groundClass to the admitted points (allowed-input-classes table) on steep faces of
+    /// the ground, which a terrain surface of cells cannot follow: cliffs, quarry walls, steep
+    /// banks. A point joins when ground points within SteepGroundRange in plan lie more than
+    /// SteepGroundGap above and below it and span more than SteepGroundRelief, and the admitted
+    /// and ground points within SteepGroundRange in 3D (at least SteepGroundMinPoints, the point
+    /// included) lie on a surface: their smallest principal variance is at most
+    /// SteepGroundVariation of the three together. Pass after pass, until no point joins, so that
+    /// a face is taken from its foot and top inwards. Needs ground from an earlier step and a
+    /// planar grid whose columns are at least SteepGroundRange wide.
+    void classifySteepGround(int groundClass);
     /// Gives buildingClass to the admitted points (allowed-input-classes table) that lie on roofs
     /// by their echoes: a roof stops the pulse and returns one echo, a canopy mostly several. A
     /// point at least EchoMinHeight above the ground is a roof point when the points within

@@ -131,6 +131,16 @@
     X(NearGroundDistance, NearGroundDistance, Height, 0.5, "m", 0, 1000, "height above ground",              \
       HeightAboveGround, 0,                                                                                  \
       "largest height above or below the ground surface that classifyNearGround takes")                      \
+    X(SteepGroundRange, SteepGroundRange, Length, 1.5, "m", 0.001, 1000, "steep ground", SteepGround, 1,     \
+      "plan radius of the ground sought above and below a point; radius of its surface test")                \
+    X(SteepGroundGap, SteepGroundGap, Height, 0.5, "m", 0, 1000, "steep ground", SteepGround, 0,             \
+      "ground lies more than this above and more than this below a point on a steep face")                   \
+    X(SteepGroundRelief, SteepGroundRelief, Height, 5.0, "m", 0, 100000, "steep ground", SteepGround, 0,     \
+      "least height span of the ground within SteepGroundRange around a point on a steep face")              \
+    X(SteepGroundMinPoints, SteepGroundMinPoints, Count, 10, "", 3, 100000, "steep ground", SteepGround, 0,  \
+      "fewest points within SteepGroundRange, the point included, that make a surface")                      \
+    X(SteepGroundVariation, SteepGroundVariation, Ratio, 0.05, "", 0, 1, "steep ground", SteepGround, 0,     \
+      "largest share of the smallest principal variance of a surface in the sum of the three")               \
     X(EchoRange, EchoRange, Length, 1.5, "m", 0.001, 1000, "roofs by echoes", RoofEchoes, 1,                 \
       "plan radius of the neighbourhood that the echo test of a roof point reads")                           \
     X(EchoMinHeight, EchoMinHeight, Height, 2.0, "m", 0, 1000, "roofs by echoes", RoofEchoes, 0,             \
@@ -181,8 +191,9 @@ enum ParameterStep : unsigned {
     TerrainGround = 1u << 8,      ///< classifyTerrainGround
     Noise = 1u << 9,              ///< classifyNoise
     HeightAboveGround =
-        1u << 10,          ///< computeHeightAboveGround, classifyByHeightAboveGround, classifyNearGround
-    RoofEchoes = 1u << 11, ///< classifyRoofsByEchoes, growRoofsByEchoes
+        1u << 10,           ///< computeHeightAboveGround, classifyByHeightAboveGround, classifyNearGround
+    RoofEchoes = 1u << 11,  ///< classifyRoofsByEchoes, growRoofsByEchoes
+    SteepGround = 1u << 12, ///< classifySteepGround
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

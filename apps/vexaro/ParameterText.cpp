@@ -68,8 +68,10 @@ std::string parameterStepsText(const vexaro::ParameterInfo& p)
         {vexaro::Vegetation, "performVegetationClassification"},
         {vexaro::TerrainGround, "classifyTerrainGround"},
         {vexaro::Noise, "classifyNoise"},
-        {vexaro::HeightAboveGround, "computeHeightAboveGround, classifyByHeightAboveGround"},
+        {vexaro::HeightAboveGround,
+         "computeHeightAboveGround, classifyByHeightAboveGround, classifyNearGround"},
         {vexaro::RoofEchoes, "classifyRoofsByEchoes, growRoofsByEchoes, growVegetationByEchoes"},
+        {vexaro::SteepGround, "classifySteepGround"},
     };
     std::string out;
     for (const auto& s : steps)

@@ -189,6 +189,10 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
                 v.regularGridDecomposition2D(options.gridCellSize, options.gridCellSize);
             else
                 v.regularGridDecomposition2DFromRanges();
+            // Cliffs and steep banks: their faces rise too steeply for the terrain's cells, whose
+            // surface follows the lowest point of each.
+            setAllowed(v, groundCandidates);
+            v.classifySteepGround(kGround);
         });
     } else {
         step.run("low points", "low points", {kLowPoint}, [&] {

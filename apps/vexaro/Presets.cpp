@@ -132,6 +132,15 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     height("NearGroundDistance", 0.5,
            "0.5 m, the pit depth: noise no farther from the final ground is a ground return that the noise "
            "step set aside, such as one of the few under a dense canopy");
+    // Fixed lengths, not scaled by the spacing: the rule is for faces steeper than the 60 degrees
+    // that 5 m over two ranges make, and sparse data, whose ball then holds too few points, has no
+    // face to read.
+    length("SteepGroundRange", 1.5,
+           "1.5 m: with the relief, faces steeper than about 60 degrees, which no terrain cell follows");
+    height("SteepGroundGap", 0.5,
+           "0.5 m, the widest ground distance: ground clearly above and clearly below");
+    height("SteepGroundRelief", 5.0,
+           "5 m: higher than garden and retaining walls, the faces of cliffs and banks");
     length("HeightAboveGroundCellSize", std::max(1.0, 1.5 * last), "1.5 x last-return spacing, at least 1 m");
 
     const double normal = std::max(1.5, 2.5 * all);

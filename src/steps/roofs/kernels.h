@@ -6,6 +6,7 @@
 
 #include "grid/PointKernel.h"
 #include "steps/common/Eigen3.h"
+#include "steps/common/Marks.h"
 
 #include <cstdint>
 
@@ -114,10 +115,5 @@ struct MarkRoofs : NeighbourhoodKernel<T, Points, Index, Groups> {
     }
 };
 template <class T, class L> using k_markRoofs = OnLayout<MarkRoofs, T, L>;
-
-/// Verdicts of 1 (a roof point, or a point that joins a growth), for counting.
-struct IsMarked {
-    VX_HD bool operator()(uint8_t v) const { return v == 1; }
-};
 
 } // namespace vx

@@ -1,0 +1,3 @@
+#include "steps/steep/SteepGroundDriver.h"
+
+VX_INSTANTIATE_STEP(runSteepGround)

@@ -1,0 +1,132 @@
+// Kernels of the steep-ground step, written once for both layouts: a judging pass that says which
+// admitted points lie on a steep face of the ground, then a pass that gives them the ground class.
+// Judging reads the ground class, which only the marking pass changes, so a pass's verdicts do not
+// depend on the order in which points are judged.
+#pragma once
+
+#include "grid/PointKernel.h"
+#include "steps/common/Eigen3.h"
+#include "steps/common/Marks.h"
+
+#include <cstdint>
+
+namespace vx {
+
+template <class T> struct SteepGroundParams {
+    T range;       ///< plan radius of the ground search; radius of the ball the surface test reads
+    T gap;         ///< ground lies more than this above and below a point on a face
+    T relief;      ///< least height span of the ground within range
+    int minPoints; ///< fewest points in the ball, the point itself included, that make a surface
+    float variation; ///< largest share of the smallest principal variance in the sum of the three
+    int groundClass;
+};
+
+/// What the surface test found for a point; kept across passes, since the ball it reads (the
+/// admitted and the ground points) loses no point when an admitted one becomes ground.
+enum SteepShape : uint8_t { ShapeUnknown = 0, ShapeRough = 1, ShapeSurface = 2 };
+
+/// An admitted point joins the ground when:
+/// - within range in plan, ground points lie more than gap above it and more than gap below it,
+///   and the ground there spans more than relief in height: the point lies on a face between the
+///   ground at its foot and the ground at its top, steeper than the terrain surface of cells can
+///   follow;
+/// - the admitted and ground points within range in 3D, the point itself included, number at
+///   least minPoints and lie on a surface: the smallest variance of their principal components is
+///   at most `variation` of the three together. Rock and earth faces are such surfaces; the crowns
+///   of trees growing out of a face scatter in every direction.
+/// Each pass reads the ground of the passes before, so a face is taken from its foot and its top
+/// inwards.
+template <class T, class Points, class Index, class Groups>
+struct JudgeSteepGround : NeighbourhoodKernel<T, Points, Index, Groups> {
+    uint8_t* shape; ///< by point index, SteepShape
+    uint8_t* join;  ///< by point index, 1 where the point joins the ground in this pass
+    SteepGroundParams<T> par;
+
+    VX_HD void operator()(int i) const
+    {
+        if (i >= this->count)
+            return;
+        const int p = this->itg.pointIndex(i);
+        join[p] = judge(i, p) ? 1 : 0;
+    }
+
+    VX_HD bool judge(int i, int p) const
+    {
+        if (this->ownPoint(i) < 0)
+            return false;
+        const double px = this->pts.x(p), py = this->pts.y(p), pz = this->pts.z(p);
+        const double range2 = double(par.range) * double(par.range);
+        bool any = false;
+        double top = 0, foot = 0;
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+            if (this->pts.cls(q) != par.groundClass)
+                return;
+            const double dx = double(this->xOf(q, j)) - px, dy = double(this->yOf(q, j)) - py;
+            if (!(dx * dx + dy * dy < range2))
+                return;
+            const double dz = double(this->zOf(q, j)) - pz;
+            if (!any || dz > top)
+                top = dz;
+            if (!any || dz < foot)
+                foot = dz;
+            any = true;
+        });
+        if (!any || !(top > double(par.gap)) || !(-foot > double(par.gap)) || !(top - foot > double(par.relief)))
+            return false;
+        if (shape[p] == ShapeUnknown)
+            shape[p] = surface(i, px, py, pz) ? ShapeSurface : ShapeRough;
+        return shape[p] == ShapeSurface;
+    }
+
+    /// The surface test. Sums are taken relative to the point and in double precision, so that
+    /// the variances of a centimetre-thin face keep their digits far from the origin.
+    VX_HD bool surface(int i, double px, double py, double pz) const
+    {
+        const double range2 = double(par.range) * double(par.range);
+        int m = 0;
+        double sx = 0, sy = 0, sz = 0, sxx = 0, sxy = 0, sxz = 0, syy = 0, syz = 0, szz = 0;
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+            const int cls = this->pts.cls(q);
+            if (cls != par.groundClass && !this->allowed.admits(cls))
+                return;
+            const double dx = double(this->xOf(q, j)) - px, dy = double(this->yOf(q, j)) - py;
+            const double dz = double(this->zOf(q, j)) - pz;
+            if (!(dx * dx + dy * dy + dz * dz < range2))
+                return;
+            ++m;
+            sx += dx, sy += dy, sz += dz;
+            sxx += dx * dx, sxy += dx * dy, sxz += dx * dz;
+            syy += dy * dy, syz += dy * dz, szz += dz * dz;
+        });
+        if (m < par.minPoints)
+            return false;
+        const double n = m, mx = sx / n, my = sy / n, mz = sz / n;
+        const double cov[3][3] = {{sxx / n - mx * mx, sxy / n - mx * my, sxz / n - mx * mz},
+                                  {sxy / n - mx * my, syy / n - my * my, syz / n - my * mz},
+                                  {sxz / n - mx * mz, syz / n - my * mz, szz / n - mz * mz}};
+        double l[3];
+        symmetricEigenvalues(cov, l);
+        const double total = l[0] + l[1] + l[2];
+        return total > 0 && l[2] <= double(par.variation) * total;
+    }
+};
+template <class T, class L> using k_judgeSteepGround = OnLayout<JudgeSteepGround, T, L>;
+
+/// Gives the ground class to the points that join.
+template <class T, class Points, class Index, class Groups>
+struct MarkSteepGround : NeighbourhoodKernel<T, Points, Index, Groups> {
+    const uint8_t* join;
+    int groundClass;
+
+    VX_HD void operator()(int i) const
+    {
+        if (i >= this->count)
+            return;
+        const int p = this->itg.pointIndex(i);
+        if (join[p])
+            this->pts.setCls(p, groundClass);
+    }
+};
+template <class T, class L> using k_markSteepGround = OnLayout<MarkSteepGround, T, L>;
+
+} // namespace vx
