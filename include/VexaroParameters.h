@@ -130,7 +130,8 @@
       "height above ground", HeightAboveGround, 0, "cell edge of the ground surface raster")                 \
     X(NearGroundDistance, NearGroundDistance, Height, 0.5, "m", 0, 1000, "height above ground",              \
       HeightAboveGround, 0,                                                                                  \
-      "largest height above or below the ground surface that classifyNearGround takes")                      \
+      "largest height above or below the ground surface that classifyNearGround takes; "                     \
+      "classifyRaisedPoints takes the points above it")                                                      \
     X(SteepGroundRange, SteepGroundRange, Length, 1.5, "m", 0.001, 1000, "steep ground", SteepGround, 1,     \
       "plan radius of the ground sought above and below a point; radius of its surface test")                \
     X(SteepGroundGap, SteepGroundGap, Height, 0.5, "m", 0, 1000, "steep ground", SteepGround, 0,             \
@@ -190,10 +191,10 @@ enum ParameterStep : unsigned {
     Vegetation = 1u << 7,         ///< performVegetationClassification
     TerrainGround = 1u << 8,      ///< classifyTerrainGround
     Noise = 1u << 9,              ///< classifyNoise
-    HeightAboveGround =
-        1u << 10,           ///< computeHeightAboveGround, classifyByHeightAboveGround, classifyNearGround
-    RoofEchoes = 1u << 11,  ///< classifyRoofsByEchoes, growRoofsByEchoes
-    SteepGround = 1u << 12, ///< classifySteepGround
+    HeightAboveGround = 1u << 10, ///< computeHeightAboveGround, classifyByHeightAboveGround,
+                                  ///< classifyNearGround, classifyRaisedPoints
+    RoofEchoes = 1u << 11,        ///< classifyRoofsByEchoes, growRoofsByEchoes
+    SteepGround = 1u << 12,       ///< classifySteepGround
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

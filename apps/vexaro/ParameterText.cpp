@@ -69,7 +69,7 @@ std::string parameterStepsText(const vexaro::ParameterInfo& p)
         {vexaro::TerrainGround, "classifyTerrainGround"},
         {vexaro::Noise, "classifyNoise"},
         {vexaro::HeightAboveGround,
-         "computeHeightAboveGround, classifyByHeightAboveGround, classifyNearGround"},
+         "computeHeightAboveGround, classifyByHeightAboveGround, classifyNearGround, classifyRaisedPoints"},
         {vexaro::RoofEchoes, "classifyRoofsByEchoes, growRoofsByEchoes, growVegetationByEchoes"},
         {vexaro::SteepGround, "classifySteepGround"},
     };

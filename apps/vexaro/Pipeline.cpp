@@ -151,13 +151,14 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
     });
 
     // Stray returns first, so that they never become ground, roofs or trees. The step looks
-    // through columns as wide as its search.
+    // through columns as wide as its search. High noise carries a mark of its own until the
+    // final classes, so that the steps between tell it from low points whatever class it gets.
     if (options.terrainGround) {
-        step.run("noise", "noise", {kLowPoint, options.highNoiseClass}, [&] {
+        step.run("noise", "noise", {kLowPoint, kHighNoiseMark}, [&] {
             const double range = v.get_NoiseRange();
             v.regularGridDecomposition2D(range, range);
             setAllowed(v, admit({kUnclassified}));
-            v.classifyNoise(kLowPoint, options.highNoiseClass);
+            v.classifyNoise(kLowPoint, kHighNoiseMark);
         });
     }
 
@@ -183,8 +184,13 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
             // read as a far-off group below it, while a stray or sunk return lies well off the
             // surface.
             v.computeHeightAboveGround(kGround);
-            setAllowed(v, admit({kLowPoint, options.highNoiseClass}));
+            setAllowed(v, admit({kLowPoint, kHighNoiseMark}));
             v.classifyNearGround(kGround);
+            // A low point stands below its surroundings; one that the ground shows standing
+            // above it is a lone return within a crown or beside a wall, read against what
+            // rises over it, and the later steps judge it with the others.
+            setAllowed(v, admit({kLowPoint}));
+            v.classifyRaisedPoints(kUnclassified);
             if (options.gridCellSize > 0)
                 v.regularGridDecomposition2D(options.gridCellSize, options.gridCellSize);
             else
@@ -265,10 +271,13 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
                  });
     }
 
-    // Shape classes that no step claimed are plain unclassified points in the output.
+    // Shape classes that no step claimed are plain unclassified points in the output; high noise
+    // takes its class.
     step.run("final classes", "unclassified", {kUnclassified}, [&] {
         setAllowed(v, admit({kPlanar, kScatter, kLinear, kGrowthMark, kCandidateMark}));
         v.resetPointCloudClasses(kUnclassified);
+        setAllowed(v, admit({kHighNoiseMark}));
+        v.resetPointCloudClasses(options.highNoiseClass);
     });
 }
 

@@ -26,6 +26,7 @@ constexpr int kScatter = 11; ///< the library's fixed ChaosClass: what the veget
 constexpr int kLinear = 12;
 constexpr int kGrowthMark = 250;    ///< written and removed by the growth steps
 constexpr int kCandidateMark = 251; ///< building candidates between the two building steps
+constexpr int kHighNoiseMark = 252; ///< high noise until the final classes give it its class
 } // namespace cls
 
 /// Settings of the pipeline itself (the library's parameters are set on the object).

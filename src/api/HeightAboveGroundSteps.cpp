@@ -60,6 +60,14 @@ template <class T> void Vexaro<T>::classifyNearGround(int groundClass)
     runStep("both", [&] { VX_STEP(runNearGround, runNearGround); });
 }
 
+template <class T> void Vexaro<T>::classifyRaisedPoints(int raisedClass)
+{
+    if (!heightStepReady())
+        return;
+    core->slots.TargetClass = raisedClass;
+    runStep("both", [&] { VX_STEP(runRaisedPoints, runRaisedPoints); });
+}
+
 template <class T> std::vector<float> Vexaro<T>::heightsAboveGround()
 {
     const auto* state = core->stepStates.template find<vx::HeightAboveGroundState>();
@@ -93,6 +101,8 @@ template void Vexaro<float>::classifyByHeightAboveGround(int, int, int);
 template void Vexaro<double>::classifyByHeightAboveGround(int, int, int);
 template void Vexaro<float>::classifyNearGround(int);
 template void Vexaro<double>::classifyNearGround(int);
+template void Vexaro<float>::classifyRaisedPoints(int);
+template void Vexaro<double>::classifyRaisedPoints(int);
 template void Vexaro<float>::saveHeightAboveGroundToBuffer(float*, int);
 template void Vexaro<double>::saveHeightAboveGroundToBuffer(float*, int);
 template std::vector<float> Vexaro<float>::heightsAboveGround();

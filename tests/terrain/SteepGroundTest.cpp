@@ -112,7 +112,8 @@ std::vector<int> run(const Built& scene, const Setting& s, Tune tune, std::strin
 
 template <class T> std::vector<int> run(const Built& scene, const Setting& s, std::string* log = nullptr)
 {
-    return run<T>(scene, s, [](Vexaro<T>&) {}, log);
+    return run<T>(
+        scene, s, [](Vexaro<T>&) {}, log);
 }
 
 template <class T> void aHighFaceJoins(const Setting& s)
@@ -124,7 +125,8 @@ template <class T> void aHighFaceJoins(const Setting& s)
     // points beside it read it in their balls and may go either way.
     const std::size_t crownStart = scene.points.size();
     for (int k = 0; k < 60; ++k) {
-        const double a = 2.399963 * k, h = 1.0 - 2.0 * (k + 0.5) / 60.0, r = 1.2 * std::cbrt((k % 7 + 1) / 7.0);
+        const double a = 2.399963 * k, h = 1.0 - 2.0 * (k + 0.5) / 60.0,
+                     r = 1.2 * std::cbrt((k % 7 + 1) / 7.0);
         const double c = std::sqrt(1.0 - h * h);
         scene.add(11.5 + r * c * std::cos(a), 8.0 + r * c * std::sin(a), 105.5 + r * h, kFace, kFace);
     }
@@ -190,16 +192,21 @@ template <class T> void refusalsLeaveTheClasses(const Setting& s)
     const Built face = cliff(0.3, 12.2, 1.8, false);
     std::string log;
     // A range wider than the grid's columns.
-    expectClasses(run<T>(face, s, [](Vexaro<T>& v) { v.set_SteepGroundRange(T(3)); }, &log), face);
+    expectClasses(run<T>(
+                      face, s, [](Vexaro<T>& v) { v.set_SteepGroundRange(T(3)); }, &log),
+                  face);
     EXPECT_NE(log.find("Grid columns narrower than SteepGroundRange"), std::string::npos) << log;
     // A parameter out of its limits.
-    expectClasses(run<T>(face, s, [](Vexaro<T>& v) { v.set_SteepGroundMinPoints(2); }, &log), face);
+    expectClasses(run<T>(
+                      face, s, [](Vexaro<T>& v) { v.set_SteepGroundMinPoints(2); }, &log),
+                  face);
     EXPECT_NE(log.find("SteepGroundMinPoints = 2"), std::string::npos) << log;
     // Not admitted.
     EXPECT_EQ(run<T>(face, s,
                      [](Vexaro<T>& v) {
                          const std::vector<int> none = allowTable({});
-                         v.set_AllowedInputClasses(const_cast<int*>(none.data()), static_cast<int>(none.size()));
+                         v.set_AllowedInputClasses(const_cast<int*>(none.data()),
+                                                   static_cast<int>(none.size()));
                      }),
               face.expected);
 }
@@ -230,4 +237,5 @@ TEST_P(SteepGround, RefusalsLeaveTheClasses)
     refusalsLeaveTheClasses<double>(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Layouts, SteepGround, ::testing::ValuesIn(vxtest::allSettings()), vxtest::settingName);
+INSTANTIATE_TEST_SUITE_P(Layouts, SteepGround, ::testing::ValuesIn(vxtest::allSettings()),
+                         vxtest::settingName);

@@ -233,22 +233,35 @@ template <class T> void runHeightTiers(StepContext<T>& c)
     c.msg(2, "Height tiers done!");
 }
 
-template <class T> void runNearGround(StepContext<T>& c)
+/// Gives newClass to the admitted points within NearGroundDistance of the ground, or, with
+/// raised, farther above it.
+template <class T> void nearGroundPass(StepContext<T>& c, int newClass, bool raised)
 {
     const HeightAboveGroundState* state = heldHeights(c);
     if (!state)
         return;
     const int n = c.pointCount();
-    c.msg(4, "Ground within", c.par().NearGroundDistance);
+    c.msg(4, raised ? "Raised above" : "Ground within", c.par().NearGroundDistance);
     c.visit([&](auto layout) {
         using Points = PointsOf<T, decltype(layout)>;
         launch(c.launchConfig(n), n,
                NearGround<T, Points>{{c.points(layout), c.allowed(), state->heights.data(), n},
                                      c.par().NearGroundDistance,
-                                     c.slots().GroundClass});
+                                     newClass,
+                                     raised});
     });
     c.checkDeviceError();
-    c.msg(2, "Near ground done!");
+    c.msg(2, raised ? "Raised points done!" : "Near ground done!");
+}
+
+template <class T> void runNearGround(StepContext<T>& c)
+{
+    nearGroundPass(c, c.slots().GroundClass, false);
+}
+
+template <class T> void runRaisedPoints(StepContext<T>& c)
+{
+    nearGroundPass(c, c.slots().TargetClass, true);
 }
 
 } // namespace vx::VX_BACKEND_NS

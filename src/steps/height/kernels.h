@@ -401,16 +401,17 @@ template <class T, class Points> struct TierByHeight : ByHeight<T, Points> {
     }
 };
 
-/// Per admitted point with a height within distance of the ground surface, above or below it:
-/// groundClass.
+/// Per admitted point with a height: newClass where it lies within distance of the ground
+/// surface, above or below it, or, with `raised`, more than distance above it.
 template <class T, class Points> struct NearGround : ByHeight<T, Points> {
     T distance;
-    int groundClass;
+    int newClass;
+    bool raised;
     VX_HD void operator()(int i) const
     {
         T t;
-        if (this->admittedHeight(i, t) && t <= distance && t >= -distance)
-            this->pts.setCls(i, groundClass);
+        if (this->admittedHeight(i, t) && (raised ? t > distance : t <= distance && t >= -distance))
+            this->pts.setCls(i, newClass);
     }
 };
 

@@ -30,8 +30,8 @@ template <class T> void runSteepGround(StepContext<T>& c)
         return;
     }
     const auto& p = c.par();
-    if (!c.requireGrid() ||
-        !planarGridCovers(c, static_cast<double>(p.SteepGroundRange), "Steep ground search", "SteepGroundRange"))
+    if (!c.requireGrid() || !planarGridCovers(c, static_cast<double>(p.SteepGroundRange),
+                                              "Steep ground search", "SteepGroundRange"))
         return;
     const SteepGroundParams<T> par{p.SteepGroundRange,     p.SteepGroundGap,       p.SteepGroundRelief,
                                    p.SteepGroundMinPoints, p.SteepGroundVariation, groundClass};

@@ -13,10 +13,10 @@
 namespace vx {
 
 template <class T> struct SteepGroundParams {
-    T range;       ///< plan radius of the ground search; radius of the ball the surface test reads
-    T gap;         ///< ground lies more than this above and below a point on a face
-    T relief;      ///< least height span of the ground within range
-    int minPoints; ///< fewest points in the ball, the point itself included, that make a surface
+    T range;         ///< plan radius of the ground search; radius of the ball the surface test reads
+    T gap;           ///< ground lies more than this above and below a point on a face
+    T relief;        ///< least height span of the ground within range
+    int minPoints;   ///< fewest points in the ball, the point itself included, that make a surface
     float variation; ///< largest share of the smallest principal variance in the sum of the three
     int groundClass;
 };
@@ -71,7 +71,8 @@ struct JudgeSteepGround : NeighbourhoodKernel<T, Points, Index, Groups> {
                 foot = dz;
             any = true;
         });
-        if (!any || !(top > double(par.gap)) || !(-foot > double(par.gap)) || !(top - foot > double(par.relief)))
+        if (!any || !(top > double(par.gap)) || !(-foot > double(par.gap)) ||
+            !(top - foot > double(par.relief)))
             return false;
         if (shape[p] == ShapeUnknown)
             shape[p] = surface(i, px, py, pz) ? ShapeSurface : ShapeRough;
