@@ -173,6 +173,14 @@ public:
     /// a face is taken from its foot and top inwards. Needs ground from an earlier step and a
     /// planar grid whose columns are at least SteepGroundRange wide.
     void classifySteepGround(int groundClass);
+    /// Gives bumpClass to the admitted points (allowed-input-classes table) that stand out of the
+    /// ground around them: the other points of groundClass within BumpRange in plan (at least
+    /// six, not on a line) fit a least-squares plane that the point stands above by more than
+    /// BumpHeight and by more than BumpScatterMultiple times their RMS distance from it. Cars,
+    /// low walls and shrubs that a terrain surface's allowance took for ground stand out of the
+    /// smooth ground beside them; on rough or curved ground the scatter raises the limit. Needs a
+    /// planar grid whose columns are at least BumpRange wide.
+    void classifyGroundBumps(int groundClass, int bumpClass);
     /// Gives buildingClass to the admitted points (allowed-input-classes table) that lie on roofs
     /// by their echoes: a roof stops the pulse and returns one echo, a canopy mostly several. A
     /// point at least EchoMinHeight above the ground is a roof point when the points within

@@ -142,6 +142,12 @@
       "fewest points within SteepGroundRange, the point included, that make a surface")                      \
     X(SteepGroundVariation, SteepGroundVariation, Ratio, 0.05, "", 0, 1, "steep ground", SteepGround, 0,     \
       "largest share of the smallest principal variance of a surface in the sum of the three")               \
+    X(BumpRange, BumpRange, Length, 3.0, "m", 0.001, 1000, "ground bumps", Bumps, 0,                         \
+      "plan radius of the ground whose plane a ground point is judged against")                              \
+    X(BumpHeight, BumpHeight, Height, 0.3, "m", 0, 1000, "ground bumps", Bumps, 0,                           \
+      "least height above the plane of the ground around that makes a bump")                                 \
+    X(BumpScatterMultiple, BumpScatterMultiple, Ratio, 3.0, "", 0, 1000, "ground bumps", Bumps, 0,           \
+      "least height above that plane in multiples of the ground's RMS scatter about it")                     \
     X(EchoRange, EchoRange, Length, 1.5, "m", 0.001, 1000, "roofs by echoes", RoofEchoes, 1,                 \
       "plan radius of the neighbourhood that the echo test of a roof point reads")                           \
     X(EchoMinHeight, EchoMinHeight, Height, 2.0, "m", 0, 1000, "roofs by echoes", RoofEchoes, 0,             \
@@ -195,6 +201,7 @@ enum ParameterStep : unsigned {
                                   ///< classifyNearGround, classifyRaisedPoints
     RoofEchoes = 1u << 11,        ///< classifyRoofsByEchoes, growRoofsByEchoes
     SteepGround = 1u << 12,       ///< classifySteepGround
+    Bumps = 1u << 13,             ///< classifyGroundBumps
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

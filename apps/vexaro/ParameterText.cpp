@@ -72,6 +72,7 @@ std::string parameterStepsText(const vexaro::ParameterInfo& p)
          "computeHeightAboveGround, classifyByHeightAboveGround, classifyNearGround, classifyRaisedPoints"},
         {vexaro::RoofEchoes, "classifyRoofsByEchoes, growRoofsByEchoes, growVegetationByEchoes"},
         {vexaro::SteepGround, "classifySteepGround"},
+        {vexaro::Bumps, "classifyGroundBumps"},
     };
     std::string out;
     for (const auto& s : steps)

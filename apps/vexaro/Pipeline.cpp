@@ -191,6 +191,13 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
             // rises over it, and the later steps judge it with the others.
             setAllowed(v, admit({kLowPoint}));
             v.classifyRaisedPoints(kUnclassified);
+            // Cars, low walls and shrubs that the surface's allowance took in stand out of the
+            // plane of the ground around them; the later steps judge them with the rest. The
+            // step looks through columns as wide as its search.
+            const double bumpRange = v.get_BumpRange();
+            v.regularGridDecomposition2D(bumpRange, bumpRange);
+            setAllowed(v, admit({kGround}));
+            v.classifyGroundBumps(kGround, kUnclassified);
             if (options.gridCellSize > 0)
                 v.regularGridDecomposition2D(options.gridCellSize, options.gridCellSize);
             else

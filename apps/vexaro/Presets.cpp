@@ -114,11 +114,16 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
            "2.5 m: a roof ends in walls at least a storey high all round; terrain ends in rises, "
            "slopes and steps, so a hall wider than any window is still cut");
     height("TerrainStepHeight", 0.3, "0.3 m: above the roughness of bare ground");
-    height("TerrainGroundDistance",
-           std::clamp(kNoiseMultiple * scale.groundNoise, kLeastGroundDistance, kMostGroundDistance),
+    const double groundDistance =
+        std::clamp(kNoiseMultiple * scale.groundNoise, kLeastGroundDistance, kMostGroundDistance);
+    height("TerrainGroundDistance", groundDistance,
            "4 x the ground noise, within 0.15-0.5 m: a ground return lies up to two noise widths below "
            "and above the mean, and the surface follows the lowest; grass, cars and hedges lie above");
 
+    length("BumpRange", std::max(3.0, 3.0 * last),
+           "3 x last-return spacing, at least 3 m: some 28 last returns, enough for a plane and its scatter");
+    height("BumpHeight", 2.0 * groundDistance,
+           "2 x the ground distance: a ground return lies within it of the surface, a bump beyond");
     height("TerrainGradientFactor", 1.25,
            "1.25 m per unit of slope: the surface between cell centres is less sure where it is steep");
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "grid/PointKernel.h"
+#include "steps/common/PlaneFit.h"
 
 #include <cstdint>
 
@@ -20,9 +21,6 @@ template <class T> struct NoiseParams {
     T pitDepth;        ///< depth below the fitted plane of the others that makes a pit (0: no pit test)
 };
 
-/// The pit test reads at least this many others within the plan range: fewer fit no plane that
-/// can be trusted.
-constexpr int kPitLeastOthers = 6;
 /// A pit lies deeper below the plane than this many times the others' scatter about it: bare
 /// ground, slopes and gentle hollows fit their plane closely; valleys, cones, canopies and walls
 /// scatter by a large share of their depth.
@@ -36,7 +34,7 @@ constexpr double kPitScatterMultiple = 4.0;
 /// - far-off below: the same upwards, ending at hi, with the counts taken below and above;
 /// - isolated: fewer than minNeighbours other points within range in 3D; low when more of the
 ///   block lies above it than below, high otherwise (also when the block holds nothing else).
-/// - pit (pitDepth > 0): at least kPitLeastOthers others lie within range in plan, the least
+/// - pit (pitDepth > 0): at least kPlaneLeastPoints others lie within range in plan, the least
 ///   squares plane through them passes above the point by more than pitDepth (and at most
 ///   range; deeper, isolation decides) and by more than
 ///   kPitScatterMultiple times their scatter about it, and each of them lies at least half that
@@ -95,13 +93,11 @@ struct JudgeNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
         return NoiseKept;
     }
 
-    /// The pit test. Sums are taken relative to the point, so the plane's height at the point is
-    /// the fit's intercept, and in double precision, so that Cramer's rule keeps the centimetres.
+    /// The pit test (see PlaneFit.h for the sums).
     VX_HD bool pit(int i, T px, T py, T pz) const
     {
         const double range2 = double(par.range) * double(par.range);
-        int m = 0;
-        double sx = 0, sy = 0, sz = 0, sxx = 0, sxy = 0, syy = 0, sxz = 0, syz = 0, szz = 0;
+        PlaneSums sums;
         this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
             if (!this->allowed.admits(this->pts.cls(q)))
                 return;
@@ -110,34 +106,16 @@ struct JudgeNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
             const double d2 = dx * dx + dy * dy;
             if (d2 >= range2 || (d2 == 0 && dz == 0))
                 return;
-            ++m;
-            sx += dx, sy += dy, sz += dz;
-            sxx += dx * dx, sxy += dx * dy, syy += dy * dy;
-            sxz += dx * dz, syz += dy * dz, szz += dz * dz;
+            sums.add(dx, dy, dz);
         });
-        if (m < kPitLeastOthers)
-            return false;
-        // Normal equations of dz = a + b dx + c dy, solved by Cramer's rule.
-        const double n = m;
-        const double det =
-            n * (sxx * syy - sxy * sxy) - sx * (sx * syy - sxy * sy) + sy * (sx * sxy - sxx * sy);
-        const double scale = (sxx + syy) * (sxx + syy) * n;
-        if (!(det > scale * 1e-6))
-            return false; // the others lie on a line or a point: no plane
-        const double a =
-            (sz * (sxx * syy - sxy * sxy) - sx * (sxz * syy - sxy * syz) + sy * (sxz * sxy - sxx * syz)) /
-            det;
-        const double b =
-            (n * (sxz * syy - sxy * syz) - sz * (sx * syy - sxy * sy) + sy * (sx * syz - sxz * sy)) / det;
-        const double c =
-            (n * (sxx * syz - sxz * sxy) - sx * (sx * syz - sxz * sy) + sz * (sx * sxy - sxx * sy)) / det;
+        Plane plane;
+        if (sums.n < kPlaneLeastPoints || !fitPlane(sums, plane))
+            return false; // too few others, or they lie on a line or a point: no plane
+        const double a = plane.a, b = plane.b, c = plane.c, sse = plane.sse, n = sums.n;
         // Deeper than the range, the point has no neighbour left within it, and the isolation
         // test decides; a canopy over a lone ground return lies that far up.
         if (!(a > double(par.pitDepth)) || a > double(par.range))
             return false;
-        // Sum of squared residuals of the least squares fit.
-        double sse = szz - a * sz - b * sxz - c * syz;
-        sse = sse > 0 ? sse : 0;
         const double limit = a / kPitScatterMultiple;
         if (!(sse < limit * limit * n))
             return false;

@@ -1,0 +1,3 @@
+#include "steps/bumps/BumpsDriver.h"
+
+VX_INSTANTIATE_STEP(runBumps)
