@@ -6,6 +6,7 @@
 // feet gets the same parameters, in feet, as the same scene in metres.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,8 @@ struct DataScale {
     double terrainSlope = 0; ///< slope that 95 % of the coarse lowest-point surface stays under, rise per run
     double groundNoise = 0;  ///< scatter of the lowest returns about their plane, metres; 0: unknown
     double returnsPerPulse = 0; ///< points per last return; 0: unknown
+    std::size_t points = 0;     ///< points of the file; 0: unknown
+    double density = 0;         ///< points per m² over the occupied area; 0: unknown
 };
 
 /// A named landscape: the values that differ between landscapes, with the reason for each.

@@ -3,6 +3,7 @@
 #include "CloudParts.h"
 
 #include "ParamsFile.h"
+#include "SearchColumns.h"
 
 #include "DataProfile.h"
 #include "Format.h"
@@ -113,6 +114,8 @@ DataScale measureScale(const std::string& input, const RunOptions& run, Reporter
     scale.terrainSlope = profile.terrainSlope;
     scale.groundNoise = profile.groundNoise;
     scale.returnsPerPulse = profile.returnsPerPulse;
+    scale.points = profile.points;
+    scale.density = profile.density;
     return scale;
 }
 
@@ -170,6 +173,10 @@ RunResult runAs(const RunOptions& run, const std::vector<Setting>& settings, Pip
         pipeline.terrainGround = false;
     }
     applySettings(settings, v, pipeline);
+    if (pipeline.terrainGround)
+        checkSearchColumns(v.get_NoiseRange(), "NoiseRange", scale);
+    checkSearchColumns(pipeline.gridCellSize > 0 ? pipeline.gridCellSize : v.rangeGridCellSize(),
+                       "the widest search range (the grid's column)", scale);
     result.backend = v.computeBackend();
     reporter.note("backend " + result.backend + ", layout " + (run.soa ? "soa" : "aos") + ", precision " +
                   (run.doublePrecision ? "double" : "float"));
