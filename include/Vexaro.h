@@ -136,7 +136,9 @@ public:
     /// Needs a planar grid (regularGridDecomposition2D) whose columns are at least NoiseRange
     /// wide; reads NoiseRange, NoiseMinNeighbours, NoiseHeightGap, NoiseGroupPoints and
     /// NoisePitDepth (a point that far below the plane through its others within NoiseRange in
-    /// plan, which fit it closely, is low noise; 0 leaves that test out).
+    /// plan, which fit it closely, is low noise; 0 leaves that test out) and NoisePitGroup (how
+    /// many returns may lie that low together, the point included; the plane is then fitted
+    /// without them, and may lie up to NoiseHeightGap above).
     void classifyNoise(int lowNoiseClass, int highNoiseClass);
     // --- height above ground ---
     /// Interpolates the surface of the points of groundClass under every point and keeps each point's

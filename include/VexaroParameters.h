@@ -126,6 +126,8 @@
       "largest far-off group that is noise; 0: off")                                                         \
     X(NoisePitDepth, NoisePitDepth, Height, 0.0, "m", 0, 1000, "noise", Noise, 0,                            \
       "a point this far below the plane fitted closely through its others within NoiseRange is low; 0: off") \
+    X(NoisePitGroup, NoisePitGroup, Count, 1, "", 1, 1000, "noise", Noise, 0,                                \
+      "most returns sunk together that the pit test takes, the point included")                              \
     X(HeightAboveGroundCellSize, HeightAboveGroundCellSize, Length, 1.0, "m", 0.01, 1000,                    \
       "height above ground", HeightAboveGround, 0, "cell edge of the ground surface raster")                 \
     X(NearGroundDistance, NearGroundDistance, Height, 0.5, "m", 0, 1000, "height above ground",              \

@@ -134,6 +134,9 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
         "NoisePitDepth", 0.5,
         "0.5 m: the widest ground distance; ground fitted that closely by its neighbours' plane never lies "
         "so far below it, a return sunk by multipath does");
+    out.push_back({"NoisePitGroup", 5.0,
+                   "5, the far-off test's group: multipath returns come in small groups, each of which has "
+                   "the others beside it"});
     height("NearGroundDistance", 0.5,
            "0.5 m, the pit depth: noise no farther from the final ground is a ground return that the noise "
            "step set aside, such as one of the few under a dense canopy");

@@ -60,11 +60,31 @@ template <class T> Scene<T> hollows()
     return s;
 }
 
-template <class T> std::vector<int> classify(const Scene<T>& scene, const Setting& s, double pitDepth)
+/// Level ground at 0.5 m spacing with groups of returns sunk together, each return 0.3 m from
+/// the next: three 1.2 m deep, three 4 m deep (beyond the isolation range of 2 m, within the
+/// height gap of 10 m), and four 1.2 m deep.
+template <class T> Scene<T> sunkGroups()
+{
+    Scene<T> s;
+    for (int i = 0; i < 80; ++i)
+        for (int j = 0; j < 40; ++j)
+            s.add(0.25 + 0.5 * i, 0.25 + 0.5 * j, kGround + 0.02 * std::sin(0.5 * i) * std::cos(0.5 * j));
+    const double cx[] = {6.1, 18.1, 32.1}, depth[] = {1.2, 4.0, 1.2};
+    const int size[] = {3, 3, 4};
+    for (int g = 0; g < 3; ++g)
+        for (int k = 0; k < size[g]; ++k)
+            s.add(cx[g] + 0.3 * (k % 2), 10.1 + 0.3 * (k / 2), kGround - depth[g] + 0.05 * k,
+                  size[g] <= 3 ? Truth::Low : Truth::Kept);
+    return s;
+}
+
+template <class T>
+std::vector<int> classify(const Scene<T>& scene, const Setting& s, double pitDepth, int pitGroup = 1)
 {
     Vexaro<T> v;
     load(v, s, scene.points);
     v.set_NoisePitDepth(T(pitDepth));
+    v.set_NoisePitGroup(pitGroup);
     CaptureStdout out;
     v.classifyNoise(kLowNoise, kHighNoise);
     return classes(v);
@@ -91,7 +111,25 @@ template <class T> void hollowsStay(const Setting& s)
     EXPECT_EQ(classify(scene, s, 0.2).back(), kLowNoise); // the single return, at a shallower depth
 }
 
+template <class T> void sunkGroupsAreLow(const Setting& s)
+{
+    const Scene<T> scene = sunkGroups<T>();
+    // Groups of up to three: the two of three, not the four.
+    EXPECT_EQ(classify(scene, s, 0.5, 3), scene.expectedClasses());
+    // One at a time, each has the others of its group beside it.
+    EXPECT_EQ(classify(scene, s, 0.5, 1), std::vector<int>(scene.points.size(), kInput));
+    // Four at a time, the four too.
+    const std::vector<int> four = classify(scene, s, 0.5, 4);
+    EXPECT_EQ(std::vector<int>(four.end() - 4, four.end()), std::vector<int>(4, kLowNoise));
+}
+
 } // namespace
+
+TEST_P(NoisePit, SmallGroupsSunkTogetherAreLow)
+{
+    sunkGroupsAreLow<float>(GetParam());
+    sunkGroupsAreLow<double>(GetParam());
+}
 
 TEST_P(NoisePit, SunkReturnsBelowSmoothGroundAreLow)
 {

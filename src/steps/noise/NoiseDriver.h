@@ -30,8 +30,8 @@ template <class T> void runNoise(StepContext<T>& c)
     if (!c.requireGrid() ||
         !planarGridCovers(c, static_cast<double>(c.par().NoiseRange), "Noise search", "NoiseRange"))
         return;
-    const NoiseParams<T> par{c.par().NoiseRange, c.par().NoiseMinNeighbours, c.par().NoiseHeightGap,
-                             c.par().NoiseGroupPoints, c.par().NoisePitDepth};
+    const NoiseParams<T> par{c.par().NoiseRange,       c.par().NoiseMinNeighbours, c.par().NoiseHeightGap,
+                             c.par().NoiseGroupPoints, c.par().NoisePitDepth,      c.par().NoisePitGroup};
     c.msg(4, "Noise range, neighbours, gap, group:",
           toText(par.range) + " " + toText(par.minNeighbours) + " " + toText(par.gap) + " " +
               toText(par.groupPoints));

@@ -19,6 +19,7 @@ template <class T> struct NoiseParams {
     T gap;             ///< empty height band that parts a far-off group from the bulk
     int groupPoints;   ///< largest far-off group that is noise (0: no far-off test)
     T pitDepth;        ///< depth below the fitted plane of the others that makes a pit (0: no pit test)
+    int pitGroup;      ///< most returns sunk together that the pit test takes, the point included
 };
 
 /// A pit lies deeper below the plane than this many times the others' scatter about it: bare
@@ -39,7 +40,9 @@ constexpr double kPitScatterMultiple = 4.0;
 ///   range; deeper, isolation decides) and by more than
 ///   kPitScatterMultiple times their scatter about it, and each of them lies at least half that
 ///   depth above the point along the plane's tilt; always low. A return sunk below smooth
-///   ground by less than range has ground neighbours within range and is not isolated.
+///   ground by less than range has ground neighbours within range and is not isolated. With
+///   pitGroup > 1, up to pitGroup - 1 others may lie that low (returns sunk together): the
+///   plane is then fitted without them, and the tests read that plane.
 /// Far-off verdicts come first, the pit test last. Non-admitted points are neither judged nor
 /// counted. Each far-off
 /// walk adds at least one point to its side per pass over the block and stops once the side
@@ -97,42 +100,54 @@ struct JudgeNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
     VX_HD bool pit(int i, T px, T py, T pz) const
     {
         const double range2 = double(par.range) * double(par.range);
+        // Calls each admitted other within range in plan with its offsets from the point.
+        const auto forEachOther = [&](auto&& take) {
+            this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
+                if (!this->allowed.admits(this->pts.cls(q)))
+                    return;
+                const double dx = double(this->xOf(q, j)) - double(px),
+                             dy = double(this->yOf(q, j)) - double(py);
+                const double dz = double(this->zOf(q, j)) - double(pz);
+                const double d2 = dx * dx + dy * dy;
+                if (d2 < range2 && !(d2 == 0 && dz == 0))
+                    take(dx, dy, dz);
+            });
+        };
         PlaneSums sums;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
-            if (!this->allowed.admits(this->pts.cls(q)))
-                return;
-            const double dx = double(this->xOf(q, j)) - double(px), dy = double(this->yOf(q, j)) - double(py);
-            const double dz = double(this->zOf(q, j)) - double(pz);
-            const double d2 = dx * dx + dy * dy;
-            if (d2 >= range2 || (d2 == 0 && dz == 0))
-                return;
-            sums.add(dx, dy, dz);
-        });
+        forEachOther([&](double dx, double dy, double dz) { sums.add(dx, dy, dz); });
         Plane plane;
         if (sums.n < kPlaneLeastPoints || !fitPlane(sums, plane))
             return false; // too few others, or they lie on a line or a point: no plane
-        const double a = plane.a, b = plane.b, c = plane.c, sse = plane.sse, n = sums.n;
+        if (!(plane.a > 0))
+            return false;
+        // Companions: others less than half the depth above the point along the plane's tilt. A
+        // ground return under a canopy has many, the others of its own level beside it, which
+        // the canopy's many points outweigh in the fit; a return sunk alone has none, one of a
+        // few sunk together the rest of its group.
+        PlaneSums companions, rest;
+        forEachOther([&](double dx, double dy, double dz) {
+            (dz - plane.b * dx - plane.c * dy < 0.5 * plane.a ? companions : rest).add(dx, dy, dz);
+        });
+        if (companions.n + 1 > par.pitGroup)
+            return false;
+        // The plane of the others without the group, which pulls it down.
+        if (companions.n > 0 && (rest.n < kPlaneLeastPoints || !fitPlane(rest, plane)))
+            return false;
+        const double a = plane.a, n = rest.n;
         // Deeper than the range, the point has no neighbour left within it, and the isolation
         // test decides; a canopy over a lone ground return lies that far up.
-        if (!(a > double(par.pitDepth)) || a > double(par.range))
+        if (!(a > double(par.pitDepth)) || a > double(companions.n > 0 ? par.gap : par.range))
             return false;
         const double limit = a / kPitScatterMultiple;
-        if (!(sse < limit * limit * n))
+        if (!(plane.sse < limit * limit * n))
             return false;
-        // Alone at the bottom: every other lies at least half the depth above the point along the
-        // plane's tilt. A ground return under a canopy has others of its own level beside it,
-        // which the canopy's many points outweigh in the fit.
-        bool alone = true;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
-            if (!alone || !this->allowed.admits(this->pts.cls(q)))
-                return;
-            const double dx = double(this->xOf(q, j)) - double(px), dy = double(this->yOf(q, j)) - double(py);
-            const double dz = double(this->zOf(q, j)) - double(pz);
-            const double d2 = dx * dx + dy * dy;
-            if (d2 < range2 && !(d2 == 0 && dz == 0) && dz - b * dx - c * dy < 0.5 * a)
-                alone = false;
-        });
-        return alone;
+        if (companions.n == 0)
+            return true;
+        // The group still lies below half the depth of the plane without it, and no other does.
+        int low = 0;
+        forEachOther(
+            [&](double dx, double dy, double dz) { low += dz - plane.b * dx - plane.c * dy < 0.5 * a; });
+        return low == companions.n;
     }
 
     /// Walks down from z; true when the point's side above the first band of at least gap holds
