@@ -118,7 +118,17 @@ struct JudgeNoise : NeighbourhoodKernel<T, Points, Index, Groups> {
         Plane plane;
         if (sums.n < kPlaneLeastPoints || !fitPlane(sums, plane))
             return false; // too few others, or they lie on a line or a point: no plane
-        if (!(plane.a > 0))
+        // The plane of all the others lies more than the depth above a return sunk alone, and more
+        // than half of it above one of a group, which pulls the plane down by less than that
+        // where the others outnumber the group twice over. Most points fail here, after one walk.
+        if (!(plane.a > (par.pitGroup > 1 ? 0.5 : 1.0) * double(par.pitDepth)))
+            return false;
+        // The least-squares plane of all the others fits them at least as closely as the plane
+        // without the group does: within a quarter of its depth (at most twice a) for the rest, and
+        // within about twice its depth for each of the group. A plane of all that scatters more
+        // leaves no pit, whichever group is taken out; most points beside walls and under
+        // canopies end here.
+        if (!(plane.sse < plane.a * plane.a * (0.25 * sums.n + 16.0 * (par.pitGroup - 1))))
             return false;
         // Companions: others less than half the depth above the point along the plane's tilt. A
         // ground return under a canopy has many, the others of its own level beside it, which
