@@ -39,9 +39,12 @@ template <class T> void runSteepGround(StepContext<T>& c)
           toText(par.range) + " " + toText(par.gap) + " " + toText(par.relief) + " " + toText(par.minPoints) +
               " " + toText(par.variation));
     const Backend be = c.backend();
+    const auto& g = c.gridParameters();
+    const int cells = g.cellsX * g.cellsY * g.cellsZ;
     Buffer<uint8_t> shape(be, static_cast<std::size_t>(n)), join(be, static_cast<std::size_t>(n));
+    Buffer<T> lowest(be, static_cast<std::size_t>(cells)), highest(be, static_cast<std::size_t>(cells));
     c.checkDeviceError();
-    if (!shape || !join) {
+    if (!shape || !join || !lowest || !highest) {
         c.msg(0, "ERROR! Steep ground search aborted - too little memory!");
         return;
     }
@@ -53,7 +56,13 @@ template <class T> void runSteepGround(StepContext<T>& c)
         const auto views = c.views(layout);
         const LaunchConfig cfg = c.launchConfig(n);
         for (int pass = 0; pass < kMostPasses; ++pass) {
-            launch(cfg, n, k_judgeSteepGround<T, L>{views, shape.data(), join.data(), par});
+            launch(c.launchConfig(cells), cells,
+                   k_columnGroundSpan<T, L>{views.pts, views.itg, views.groups, cells, groundClass,
+                                            lowest.data(), highest.data()});
+            c.checkDeviceError();
+            launch(cfg, n,
+                   k_judgeSteepGround<T, L>{views, shape.data(), join.data(), lowest.data(), highest.data(),
+                                            par});
             c.checkDeviceError();
             const auto grown = countIf(join.data(), n, IsMarked{});
             if (grown == 0)

@@ -8,6 +8,7 @@
 #include "steps/common/Eigen3.h"
 #include "steps/common/Marks.h"
 
+#include <cmath>
 #include <cstdint>
 
 namespace vx {
@@ -20,6 +21,35 @@ template <class T> struct SteepGroundParams {
     float variation; ///< largest share of the smallest principal variance in the sum of the three
     int groundClass;
 };
+
+/// Per column: the lowest and highest point of the ground class in it (+inf and -inf without
+/// one), so that a point whose block of columns spans too little ground skips its walk.
+template <class T, class Points, class Index, class Groups> struct ColumnGroundSpan {
+    Points pts;
+    Index itg;
+    Groups groups;
+    int cellCount;
+    int groundClass;
+    T* lowest;
+    T* highest;
+
+    VX_HD void operator()(int c) const
+    {
+        if (c >= cellCount)
+            return;
+        T lo = T(INFINITY), hi = T(-INFINITY);
+        forEachInCell(itg, groups, c, 0, [&](int q, int) {
+            if (pts.cls(q) != groundClass)
+                return;
+            const T z = pts.z(q);
+            lo = z < lo ? z : lo;
+            hi = z > hi ? z : hi;
+        });
+        lowest[c] = lo;
+        highest[c] = hi;
+    }
+};
+template <class T, class L> using k_columnGroundSpan = OnLayout<ColumnGroundSpan, T, L>;
 
 /// What the surface test found for a point; kept across passes, since the ball it reads (the
 /// admitted and the ground points) loses no point when an admitted one becomes ground.
@@ -38,8 +68,10 @@ enum SteepShape : uint8_t { ShapeUnknown = 0, ShapeRough = 1, ShapeSurface = 2 }
 /// inwards.
 template <class T, class Points, class Index, class Groups>
 struct JudgeSteepGround : NeighbourhoodKernel<T, Points, Index, Groups> {
-    uint8_t* shape; ///< by point index, SteepShape
-    uint8_t* join;  ///< by point index, 1 where the point joins the ground in this pass
+    uint8_t* shape;   ///< by point index, SteepShape
+    uint8_t* join;    ///< by point index, 1 where the point joins the ground in this pass
+    const T* lowest;  ///< by column, the lowest ground point (ColumnGroundSpan)
+    const T* highest; ///< by column, the highest ground point
     SteepGroundParams<T> par;
 
     VX_HD void operator()(int i) const
@@ -55,6 +87,8 @@ struct JudgeSteepGround : NeighbourhoodKernel<T, Points, Index, Groups> {
         if (this->ownPoint(i) < 0)
             return false;
         const double px = this->pts.x(p), py = this->pts.y(p), pz = this->pts.z(p);
+        if (!blockMayHold(i, pz))
+            return false;
         const double range2 = double(par.range) * double(par.range);
         bool any = false;
         double top = 0, foot = 0;
@@ -77,6 +111,22 @@ struct JudgeSteepGround : NeighbourhoodKernel<T, Points, Index, Groups> {
         if (shape[p] == ShapeUnknown)
             shape[p] = surface(i, px, py, pz) ? ShapeSurface : ShapeRough;
         return shape[p] == ShapeSurface;
+    }
+
+    /// False when the ground of the point's block of columns, which holds every ground point
+    /// within range, cannot lie above and below the point and span the relief; most points end
+    /// here without a walk.
+    VX_HD bool blockMayHold(int i, double pz) const
+    {
+        const CellCoords c = cellCoords(this->grid, this->itg.group(i));
+        double lo = INFINITY, hi = -INFINITY;
+        for (int x = c.x > 0 ? c.x - 1 : 0; x <= c.x + 1 && x < this->grid.cellsX; ++x)
+            for (int y = c.y > 0 ? c.y - 1 : 0; y <= c.y + 1 && y < this->grid.cellsY; ++y) {
+                const int g = (x * this->grid.cellsY + y) * this->grid.cellsZ + c.z;
+                lo = double(lowest[g]) < lo ? double(lowest[g]) : lo;
+                hi = double(highest[g]) > hi ? double(highest[g]) : hi;
+            }
+        return hi - pz > double(par.gap) && pz - lo > double(par.gap) && hi - lo > double(par.relief);
     }
 
     /// The surface test. Sums are taken relative to the point and in double precision, so that
