@@ -1,7 +1,7 @@
 // Ground bumps: ground points standing out of the plane of the ground around them take the bump
 // class; the ground itself, rounded hilltops, rough ground, sparse ground and points not admitted
 // keep their class.
-#include "common/TestSupport.h"
+#include "terrain/BuiltScene.h"
 
 #include <Vexaro.h>
 
@@ -12,23 +12,13 @@
 #include <vector>
 
 using namespace vxtest;
+using namespace terraintest;
 
 namespace {
 
 class GroundBumps : public SettingTest {};
 
 constexpr int kGround = 2, kBump = 1, kBuilding = 6;
-
-/// A point of a built scene and the class the step should leave it with.
-struct Built {
-    std::vector<VX_Point<double>> points;
-    std::vector<int> expected;
-    void add(double x, double y, double z, int cls, int expect)
-    {
-        points.push_back(point<double>(x, y, z, cls));
-        expected.push_back(expect);
-    }
-};
 
 /// Centimetres of relief, the same wherever the scene is built.
 double relief(double x, double y)
@@ -51,24 +41,8 @@ template <class T, class Tune>
 std::vector<int> run(const Built& scene, const Setting& s, Tune tune, double column = 3.0,
                      std::string* log = nullptr)
 {
-    std::vector<VX_Point<T>> pts;
-    for (const auto& p : scene.points)
-        pts.push_back(point<T>(T(p.x), T(p.y), T(p.z), p.classification));
-    Vexaro<T> v;
-    configure(v, s, 2);
-    v.loadDirectData(pts.data(), static_cast<int>(pts.size()));
-    {
-        CaptureStdout quiet;
-        v.regularGridDecomposition2D(column, column);
-    }
-    const std::vector<int> table = allowTable({kGround});
-    v.set_AllowedInputClasses(const_cast<int*>(table.data()), static_cast<int>(table.size()));
-    tune(v);
-    CaptureStdout out;
-    v.classifyGroundBumps(kGround, kBump);
-    if (log)
-        *log = out.text();
-    return classes(v);
+    return runStep<T>(
+        scene, s, column, {kGround}, tune, [](Vexaro<T>& v) { v.classifyGroundBumps(kGround, kBump); }, log);
 }
 
 template <class T> std::vector<int> run(const Built& scene, const Setting& s)

@@ -1,7 +1,7 @@
 // Steep ground: points on a face between ground at its foot and at its top join the ground when
 // the face is a surface, high and well sampled; trees on the face, walls without ground above,
 // low steps, sparse faces and points not admitted keep their class.
-#include "common/TestSupport.h"
+#include "terrain/BuiltScene.h"
 
 #include <Vexaro.h>
 
@@ -12,42 +12,13 @@
 #include <vector>
 
 using namespace vxtest;
+using namespace terraintest;
 
 namespace {
 
 class SteepGround : public SettingTest {};
 
 constexpr int kFace = 1, kGround = 2, kBuilding = 6;
-
-/// Class the step may leave a point with either way: a face point near the foot or the top,
-/// whose ball takes in the level ground beside the face as well.
-constexpr int kEither = -1;
-
-/// What a point of a built scene is, and the class the step should leave it with.
-struct Built {
-    std::vector<VX_Point<double>> points;
-    std::vector<int> expected;
-    void add(double x, double y, double z, int cls, int expect)
-    {
-        points.push_back(point<double>(x, y, z, cls));
-        expected.push_back(expect);
-    }
-};
-
-/// Expects the scene's classes; names the first points that differ, with where they lie.
-void expectClasses(const std::vector<int>& got, const Built& scene)
-{
-    ASSERT_EQ(got.size(), scene.expected.size());
-    int wrong = 0;
-    std::string first;
-    for (std::size_t k = 0; k < got.size(); ++k)
-        if (scene.expected[k] != kEither && got[k] != scene.expected[k] && ++wrong <= 5) {
-            const auto& p = scene.points[k];
-            first += " (" + std::to_string(p.x) + ", " + std::to_string(p.y) + ", " + std::to_string(p.z) +
-                     "): " + std::to_string(got[k]) + " not " + std::to_string(scene.expected[k]) + ";";
-        }
-    EXPECT_EQ(wrong, 0) << first;
-}
 
 /// Rough rock: a decimetre of relief, the same wherever the scene is built.
 double texture(double x, double y)
@@ -90,24 +61,8 @@ Built cliff(double spacing, double rise, double run, bool faceJoins, bool skipTo
 template <class T, class Tune>
 std::vector<int> run(const Built& scene, const Setting& s, Tune tune, std::string* log = nullptr)
 {
-    std::vector<VX_Point<T>> pts;
-    for (const auto& p : scene.points)
-        pts.push_back(point<T>(T(p.x), T(p.y), T(p.z), p.classification));
-    Vexaro<T> v;
-    configure(v, s, 2);
-    v.loadDirectData(pts.data(), static_cast<int>(pts.size()));
-    {
-        CaptureStdout quiet;
-        v.regularGridDecomposition2D(2.0, 2.0);
-    }
-    const std::vector<int> table = allowTable({kFace});
-    v.set_AllowedInputClasses(const_cast<int*>(table.data()), static_cast<int>(table.size()));
-    tune(v);
-    CaptureStdout out;
-    v.classifySteepGround(kGround);
-    if (log)
-        *log = out.text();
-    return classes(v);
+    return runStep<T>(
+        scene, s, 2.0, {kFace}, tune, [](Vexaro<T>& v) { v.classifySteepGround(kGround); }, log);
 }
 
 template <class T> std::vector<int> run(const Built& scene, const Setting& s, std::string* log = nullptr)

@@ -46,7 +46,7 @@ template <class T> void runBumps(StepContext<T>& c)
         const LaunchConfig cfg = c.launchConfig(n);
         launch(cfg, n, k_judgeBumps<T, L>{views, verdict.data(), par});
         c.checkDeviceError();
-        launch(cfg, n, k_markBumps<T, L>{views, verdict.data(), bumpClass});
+        launch(cfg, n, k_markVerdicts<T, L>{views, verdict.data(), bumpClass});
         c.checkDeviceError();
     });
     c.msg(2, "Ground bumps:", countIf(verdict.data(), n, IsMarked{}));

@@ -67,21 +67,4 @@ struct JudgeBumps : NeighbourhoodKernel<T, Points, Index, Groups> {
 };
 template <class T, class L> using k_judgeBumps = OnLayout<JudgeBumps, T, L>;
 
-/// Gives the bump class to the points judged bumps.
-template <class T, class Points, class Index, class Groups>
-struct MarkBumps : NeighbourhoodKernel<T, Points, Index, Groups> {
-    const uint8_t* verdict;
-    int bumpClass;
-
-    VX_HD void operator()(int i) const
-    {
-        if (i >= this->count)
-            return;
-        const int p = this->itg.pointIndex(i);
-        if (verdict[p] == 1)
-            this->pts.setCls(p, bumpClass);
-    }
-};
-template <class T, class L> using k_markBumps = OnLayout<MarkBumps, T, L>;
-
 } // namespace vx

@@ -92,7 +92,7 @@ template <class T> void runRoofEchoes(StepContext<T>& c)
         launch(cfg, n,
                k_judgeRoofEchoes<T, L>{views, heights.heights.data(), counts.data(), verdict.data(), par});
         c.checkDeviceError();
-        launch(cfg, n, k_markRoofs<T, L>{views, verdict.data(), buildingClass});
+        launch(cfg, n, k_markVerdicts<T, L>{views, verdict.data(), buildingClass});
         c.checkDeviceError();
     });
     c.msg(2, "Roof points by echoes:", countIf(verdict.data(), n, IsMarked{}));

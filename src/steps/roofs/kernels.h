@@ -99,21 +99,4 @@ struct JudgeRoofEchoes : NeighbourhoodKernel<T, Points, Index, Groups> {
 };
 template <class T, class L> using k_judgeRoofEchoes = OnLayout<JudgeRoofEchoes, T, L>;
 
-/// Gives buildingClass to the points judged roofs.
-template <class T, class Points, class Index, class Groups>
-struct MarkRoofs : NeighbourhoodKernel<T, Points, Index, Groups> {
-    const uint8_t* verdict;
-    int buildingClass;
-
-    VX_HD void operator()(int i) const
-    {
-        if (i >= this->count)
-            return;
-        const int p = this->itg.pointIndex(i);
-        if (verdict[p] == 1)
-            this->pts.setCls(p, buildingClass);
-    }
-};
-template <class T, class L> using k_markRoofs = OnLayout<MarkRoofs, T, L>;
-
 } // namespace vx

@@ -67,7 +67,7 @@ template <class T> void runSteepGround(StepContext<T>& c)
             const auto grown = countIf(join.data(), n, IsMarked{});
             if (grown == 0)
                 break;
-            launch(cfg, n, k_markSteepGround<T, L>{views, join.data(), groundClass});
+            launch(cfg, n, k_markVerdicts<T, L>{views, join.data(), groundClass});
             c.checkDeviceError();
             joined += static_cast<std::size_t>(grown);
         }

@@ -7,6 +7,7 @@
 #include "grid/PointKernel.h"
 #include "steps/common/Eigen3.h"
 #include "steps/common/Marks.h"
+#include "steps/common/PlaneFit.h"
 
 #include <cmath>
 #include <cstdint>
@@ -134,27 +135,22 @@ struct JudgeSteepGround : NeighbourhoodKernel<T, Points, Index, Groups> {
     VX_HD bool surface(int i, double px, double py, double pz) const
     {
         const double range2 = double(par.range) * double(par.range);
-        int m = 0;
-        double sx = 0, sy = 0, sz = 0, sxx = 0, sxy = 0, sxz = 0, syy = 0, syz = 0, szz = 0;
+        PlaneSums sums;
         this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
             const int cls = this->pts.cls(q);
             if (cls != par.groundClass && !this->allowed.admits(cls))
                 return;
             const double dx = double(this->xOf(q, j)) - px, dy = double(this->yOf(q, j)) - py;
             const double dz = double(this->zOf(q, j)) - pz;
-            if (!(dx * dx + dy * dy + dz * dz < range2))
-                return;
-            ++m;
-            sx += dx, sy += dy, sz += dz;
-            sxx += dx * dx, sxy += dx * dy, sxz += dx * dz;
-            syy += dy * dy, syz += dy * dz, szz += dz * dz;
+            if (dx * dx + dy * dy + dz * dz < range2)
+                sums.add(dx, dy, dz);
         });
-        if (m < par.minPoints)
+        if (sums.n < par.minPoints)
             return false;
-        const double n = m, mx = sx / n, my = sy / n, mz = sz / n;
-        const double cov[3][3] = {{sxx / n - mx * mx, sxy / n - mx * my, sxz / n - mx * mz},
-                                  {sxy / n - mx * my, syy / n - my * my, syz / n - my * mz},
-                                  {sxz / n - mx * mz, syz / n - my * mz, szz / n - mz * mz}};
+        const double n = sums.n, mx = sums.sx / n, my = sums.sy / n, mz = sums.sz / n;
+        const double cov[3][3] = {{sums.sxx / n - mx * mx, sums.sxy / n - mx * my, sums.sxz / n - mx * mz},
+                                  {sums.sxy / n - mx * my, sums.syy / n - my * my, sums.syz / n - my * mz},
+                                  {sums.sxz / n - mx * mz, sums.syz / n - my * mz, sums.szz / n - mz * mz}};
         double l[3];
         symmetricEigenvalues(cov, l);
         const double total = l[0] + l[1] + l[2];
@@ -162,22 +158,5 @@ struct JudgeSteepGround : NeighbourhoodKernel<T, Points, Index, Groups> {
     }
 };
 template <class T, class L> using k_judgeSteepGround = OnLayout<JudgeSteepGround, T, L>;
-
-/// Gives the ground class to the points that join.
-template <class T, class Points, class Index, class Groups>
-struct MarkSteepGround : NeighbourhoodKernel<T, Points, Index, Groups> {
-    const uint8_t* join;
-    int groundClass;
-
-    VX_HD void operator()(int i) const
-    {
-        if (i >= this->count)
-            return;
-        const int p = this->itg.pointIndex(i);
-        if (join[p])
-            this->pts.setCls(p, groundClass);
-    }
-};
-template <class T, class L> using k_markSteepGround = OnLayout<MarkSteepGround, T, L>;
 
 } // namespace vx
