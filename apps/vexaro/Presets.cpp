@@ -47,10 +47,12 @@ const std::vector<Preset>& presets()
         {"forest", "closed canopy, few ground returns", 40.0, 0.6, 0.8, 0.5,
          "the canopy is cut wherever a few returns reach the ground; slopes up to about 31 degrees stay "
          "ground"},
-        {"mountain", "steep slopes, ridges and terraces", 25.0, 1.0, 0.8, 0.0,
+        {"mountain", "steep slopes, ridges and terraces", 25.0, 1.0, 0.8, 1.2,
          "slopes up to 45 degrees stay ground; narrower windows keep ridges and summits that wider ones "
          "would cut, at the cost of buildings wider than 50 m; the climb rejoins steep faces of any "
-         "height"},
+         "height, by at most 1.2 m a cell: all it climbs between 1 m cells, diagonals included, while the "
+         "wider cells of sparse data would let it step from the ground onto the shrubs and crowns of a "
+         "forest on the slope"},
     };
     return table;
 }

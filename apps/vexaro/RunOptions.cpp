@@ -77,7 +77,7 @@ const char* runOptionsHelp()
            "  --backend B            auto (CUDA when a device is present, else CPU), cpu or cuda\n"
            "  --layout L             soa (default) or aos: the library's memory layout\n"
            "  --precision P          float (default) or double\n"
-           "  --preset P             auto (default: general or mountain, from the data), general, flat,\n"
+           "  --preset P             auto (default: a preset chosen from the data), general, flat,\n"
            "                         city, forest, mountain, or none (the library's defaults and the\n"
            "                         ground seeds and growth); see 'vexaro params --presets'\n"
            "  --units U              length unit of the input when its coordinate system does not say:\n"

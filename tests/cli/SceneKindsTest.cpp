@@ -198,6 +198,33 @@ TEST(SceneKinds, TheForestHidesMostOfTheGround)
     }
 }
 
+TEST(SceneKinds, TheMountainForestStandsOnASteepSlope)
+{
+    for (uint64_t seed : {1u, 2u}) {
+        const Scene s = make(SceneKind::MountainForest, 100000, seed);
+        // The least-squares plane through the ground rises 0.4-0.6 per run (the tilt), give or take
+        // what the spurs and the gully add over a scene 70 m wide.
+        double n = 0, sx = 0, sy = 0, sz = 0, sxx = 0, sxy = 0, syy = 0, sxz = 0, syz = 0;
+        for (const auto& p : s.points)
+            if (p.truth == 2) {
+                n += 1, sx += p.x, sy += p.y, sz += p.z;
+                sxx += p.x * p.x, sxy += p.x * p.y, syy += p.y * p.y, sxz += p.x * p.z, syz += p.y * p.z;
+            }
+        ASSERT_GT(n, 100);
+        const double cxx = sxx - sx * sx / n, cxy = sxy - sx * sy / n, cyy = syy - sy * sy / n;
+        const double cxz = sxz - sx * sz / n, cyz = syz - sy * sz / n, det = cxx * cyy - cxy * cxy;
+        const double a = (cxz * cyy - cyz * cxy) / det, b = (cyz * cxx - cxz * cxy) / det;
+        const double slope = std::sqrt(a * a + b * b);
+        EXPECT_GT(slope, 0.3);
+        EXPECT_LT(slope, 0.75);
+        // The forest's canopy over it.
+        const auto share = shares(s);
+        EXPECT_GT(share.at(5), 0.5);
+        EXPECT_LT(share.at(2), 0.25);
+        EXPECT_EQ(share.count(6), 0u);
+    }
+}
+
 TEST(SceneKinds, TerracesHaveStepsAndThirtyDegreeSlopes)
 {
     const Scene s = make(SceneKind::Terraces, 300000, 1);

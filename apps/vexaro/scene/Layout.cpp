@@ -124,6 +124,7 @@ Layout::Layout(Random& rng, double sideLength, SceneKind kind)
         drawTerraces(rng);
         break;
     case SceneKind::Forest:
+    case SceneKind::MountainForest:
         drawForest(rng);
         break;
     }

@@ -29,10 +29,11 @@ constexpr double kGrassGroundLimit = 0.15;
 
 /// The landscapes the generator draws.
 enum class SceneKind {
-    Town,     ///< rolling terrain with a ridge and a ditch; houses, blocks, trees, shrubs, grass
-    Hall,     ///< gentle ground with one 80 m x 60 m flat-roofed hall, a few houses and trees
-    Terraces, ///< a hillside of 30-degree slopes and flat terraces with 1-2 m steps between them
-    Forest,   ///< closed canopy over an understorey: the ground is seen through gaps only
+    Town,           ///< rolling terrain with a ridge and a ditch; houses, blocks, trees, shrubs, grass
+    Hall,           ///< gentle ground with one 80 m x 60 m flat-roofed hall, a few houses and trees
+    Terraces,       ///< a hillside of 30-degree slopes and flat terraces with 1-2 m steps between them
+    Forest,         ///< closed canopy over an understorey: the ground is seen through gaps only
+    MountainForest, ///< the forest on a 22-31 degree mountainside cut by a gully
 };
 
 /// The length unit of a scene's coordinates, horizontal and vertical alike.
@@ -44,7 +45,7 @@ enum class SceneUnits {
 
 /// Metres in one unit.
 double unitLength(SceneUnits units);
-/// "town", "hall", "terraces", "forest"; "metres", "feet", "us-feet".
+/// "town", "hall", "terraces", "forest", "mountain-forest"; "metres", "feet", "us-feet".
 const char* sceneKindName(SceneKind kind);
 const char* sceneUnitsName(SceneUnits units);
 /// The kind or units named so (sceneKindName, and "flat" for the town); false for other names.

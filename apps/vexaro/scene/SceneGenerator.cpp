@@ -69,6 +69,7 @@ double expectedReturnsPerPulse(SceneKind kind)
     case SceneKind::Terraces:
         return 1.2;
     case SceneKind::Forest:
+    case SceneKind::MountainForest:
         return 2.2;
     }
     return 1.3;

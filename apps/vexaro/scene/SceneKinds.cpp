@@ -27,6 +27,8 @@ const char* sceneKindName(SceneKind kind)
         return "terraces";
     case SceneKind::Forest:
         return "forest";
+    case SceneKind::MountainForest:
+        return "mountain-forest";
     }
     return "town";
 }
@@ -46,7 +48,8 @@ const char* sceneUnitsName(SceneUnits units)
 
 bool parseSceneKind(const std::string& name, SceneKind& kind)
 {
-    for (SceneKind k : {SceneKind::Town, SceneKind::Hall, SceneKind::Terraces, SceneKind::Forest})
+    for (SceneKind k : {SceneKind::Town, SceneKind::Hall, SceneKind::Terraces, SceneKind::Forest,
+                        SceneKind::MountainForest})
         if (name == sceneKindName(k)) {
             kind = k;
             return true;

@@ -40,6 +40,8 @@ Terrain::Terrain(Random& rng, double side, SceneKind kind)
         drawGentle(rng);
     else if (kind == SceneKind::Terraces)
         drawHillside(rng, side);
+    else if (kind == SceneKind::MountainForest)
+        drawMountainside(rng, side);
     else
         drawRolling(rng, side);
 }
@@ -75,6 +77,26 @@ void Terrain::drawGentle(Random& rng)
     noiseSeed_ = rng.next();
     hillAmplitude_ = rng.uniform(0.3, 0.8);
     bumpAmplitude_ = rng.uniform(0.05, 0.15);
+}
+
+void Terrain::drawMountainside(Random& rng, double side)
+{
+    // A mountainside of 22-31 degrees with spurs and hollows over a hundred metres, and one gully
+    // running straight down it whose banks steepen the slope across it to 35-45 degrees.
+    double gx = 0, gy = 0;
+    rng.direction(gx, gy);
+    const double slope = rng.uniform(0.4, 0.6);
+    tiltX_ = gx * slope;
+    tiltY_ = gy * slope;
+    noiseSeed_ = rng.next();
+    hillAmplitude_ = rng.uniform(4.0, 8.0);
+    bumpAmplitude_ = rng.uniform(0.3, 0.7);
+
+    ditch_ = randomLine(rng, side);
+    ditch_.dx = gx;
+    ditch_.dy = gy;
+    ditchDepth_ = rng.uniform(3.0, 5.0);
+    ditchHalfWidth_ = rng.uniform(12.0, 20.0);
 }
 
 void Terrain::drawHillside(Random& rng, double side)

@@ -32,7 +32,8 @@ constexpr double kHillsideGradient = 0.57735026918962576;
 class Terrain {
 public:
     /// Draws the shape for a square scene of the given side (metres) from rng: rolling terrain
-    /// for the town and the forest, gentle ground for the hall, a hillside for the terraces.
+    /// for the town and the forest, gentle ground for the hall, a hillside for the terraces, a
+    /// mountainside for the mountain forest.
     Terrain(Random& rng, double side, SceneKind kind = SceneKind::Town);
 
     /// Height of the bare earth at (x, y), metres above the vertical datum.
@@ -50,6 +51,7 @@ private:
     void drawRolling(Random& rng, double side);
     void drawGentle(Random& rng);
     void drawHillside(Random& rng, double side);
+    void drawMountainside(Random& rng, double side);
     double valueNoise(double x, double y, double cell, uint64_t seed) const;
     double profileHeight(double u) const;
 
