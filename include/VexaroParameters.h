@@ -110,6 +110,8 @@
       "objects whose surface climbs further than this (with TerrainClimb) are terrain; 0: off")              \
     X(TerrainWallHeight, TerrainWallHeight, Height, 0.0, "m", 0, 1000, "terrain", TerrainGround, 0,          \
       "a surface walled by drops this high is an object; a wide cut one walled nowhere is terrain; 0: off")  \
+    X(TerrainBridgeWidth, TerrainBridgeWidth, Length, 0.0, "m", 0, 1000, "terrain", TerrainGround, 0,        \
+      "widest raised strip (a bridge deck) that the climb leaves cut; needs TerrainWallHeight; 0: off")      \
     X(TerrainStepHeight, TerrainStepHeight, Height, 0.3, "m", 0, 1000, "terrain", TerrainGround, 0,          \
       "drop of one opening that marks an object, besides the slope's")                                       \
     X(TerrainGroundDistance, TerrainGroundDistance, Height, 0.5, "m", 0, 1000, "terrain", TerrainGround, 0,  \

@@ -115,6 +115,9 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     height("TerrainWallHeight", 2.5,
            "2.5 m: a roof ends in walls at least a storey high all round; terrain ends in rises, "
            "slopes and steps, so a hall wider than any window is still cut");
+    length("TerrainBridgeWidth", 40.0,
+           "40 m: wider than road and rail bridges; a strip that narrow whose edges fall at once by a wall's "
+           "height more than the climb takes is a deck over a road or river, which the climb leaves cut");
     height("TerrainStepHeight", 0.3, "0.3 m: above the roughness of bare ground");
     const double groundDistance =
         std::clamp(kNoiseMultiple * scale.groundNoise, kLeastGroundDistance, kMostGroundDistance);

@@ -53,8 +53,9 @@ int sceneCommand(const Arguments& arguments)
         else if (t == "--kind") {
             const std::string name = args.value(t);
             if (!vx::scene::parseSceneKind(name, options.kind))
-                throw UsageError("--kind takes town, hall, terraces, forest or mountain-forest, not '" +
-                                 name + "'");
+                throw UsageError(
+                    "--kind takes town, hall, terraces, forest, mountain-forest or bridges, not '" + name +
+                    "'");
         } else if (t == "--units") {
             const std::string name = args.value(t);
             if (!vx::scene::parseSceneUnits(name, options.units))

@@ -165,6 +165,22 @@ TEST(SceneKinds, SparseMountainForestKeepsTheClimbOnTheGround)
     EXPECT_NE(r.err.find("preset mountain (auto"), std::string::npos) << r.err;
 }
 
+TEST(SceneKinds, BridgeDecksAreNotGround)
+{
+    // A town cut by a channel 5-8 m deep that road bridges cross. The decks meet the road at
+    // their ends, and the climb took them for terrain (99 % of their points ground); only the
+    // parts over the upper banks, less than a wall's height above the ground under them, stay
+    // ground (about a third).
+    const auto e = classifyScene({"bridges", "4", "60000", true});
+    EXPECT_LT(e.totalError, 0.05);
+    const auto& other = e.matrix[vx::app::kOtherCategory];
+    std::size_t decks = 0;
+    for (int c = 0; c < vx::app::kCategories; ++c)
+        decks += other[c];
+    EXPECT_GT(decks, 1000u);
+    EXPECT_LT(other[vx::app::kGroundCategory], decks * 45 / 100) << "deck points taken as ground";
+}
+
 TEST(SceneKinds, SingleReturnDataFindTheirTreesAndRoofs)
 {
     // A sparse town with every return written as the only return of its pulse, as files

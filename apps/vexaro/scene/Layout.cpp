@@ -127,6 +127,10 @@ Layout::Layout(Random& rng, double sideLength, SceneKind kind)
     case SceneKind::MountainForest:
         drawForest(rng);
         break;
+    case SceneKind::Bridges:
+        drawTown(rng);
+        drawBridges(rng);
+        break;
     }
     buildIndexes();
 }

@@ -40,6 +40,8 @@ private:
     void drawHall(Random& rng);
     void drawTerraces(Random& rng);
     void drawForest(Random& rng);
+    /// Clears the channel of buildings and plants, then lays one or two bridges across it.
+    void drawBridges(Random& rng);
     /// Houses drawn by drawHouse, apart from the buildings already placed and, when `flatWithin`
     /// is positive, only where the ground under the footprint varies by less than that.
     void placeHouses(Random& rng, int count, double flatWithin);

@@ -151,4 +151,57 @@ void Layout::drawForest(Random& rng)
     }
 }
 
+void Layout::drawBridges(Random& rng)
+{
+    // Nothing stands in the channel or on its banks.
+    const SceneLine& channel = terrain.channel();
+    const double clear = terrain.channelHalfTop() + 2.0;
+    auto inChannel = [&](double x, double y, double reach) {
+        return std::fabs(channel.distance(x, y)) < clear + reach;
+    };
+    buildings.erase(std::remove_if(buildings.begin(), buildings.end(),
+                                   [&](const Building& b) { return inChannel(b.cx, b.cy, b.radius()); }),
+                    buildings.end());
+    crowns.erase(std::remove_if(crowns.begin(), crowns.end(),
+                                [&](const Crown& c) { return inChannel(c.cx, c.cy, c.radius); }),
+                 crowns.end());
+    grass.erase(std::remove_if(grass.begin(), grass.end(),
+                               [&](const GrassPatch& g) { return inChannel(g.cx, g.cy, g.radius); }),
+                grass.end());
+
+    // Road bridges 8 to 12 m wide straight across, their decks 0.3 m above the road at either end,
+    // 1 m beyond the top of each bank, sloping evenly between the two ends; two where the scene
+    // is wide enough to hold them 30 m apart.
+    const int wanted = side > 120.0 ? 2 : 1;
+    std::vector<double> placedAt;
+    for (int attempt = 0; attempt < 200 && static_cast<int>(placedAt.size()) < wanted; ++attempt) {
+        Building b;
+        b.bridge = true;
+        b.roof = RoofShape::Flat;
+        b.ux = -channel.dy;
+        b.uy = channel.dx;
+        b.halfLength = terrain.channelHalfTop() + 1.0;
+        b.halfWidth = rng.uniform(4.0, 6.0);
+        const double along = rng.uniform(-side, side);
+        b.cx = channel.px + channel.dx * along;
+        b.cy = channel.py + channel.dy * along;
+        const double margin = b.halfWidth + 2.0;
+        if (b.cx < margin || b.cy < margin || b.cx > side - margin || b.cy > side - margin)
+            continue;
+        bool apart = true;
+        for (double other : placedAt)
+            apart = apart && std::fabs(other - along) > 30.0;
+        if (!apart)
+            continue;
+        const double zA = terrain.height(b.cx - b.halfLength * b.ux, b.cy - b.halfLength * b.uy);
+        const double zB = terrain.height(b.cx + b.halfLength * b.ux, b.cy + b.halfLength * b.uy);
+        b.baseZ = lowestUnder(terrain, b);
+        b.tilt = (zB - zA) / (2.0 * b.halfLength);
+        b.eave = 0.5 * (zA + zB) + 0.3 - b.baseZ;
+        b.intensity = static_cast<int>(rng.uniform(8000, 20000));
+        buildings.push_back(b);
+        placedAt.push_back(along);
+    }
+}
+
 } // namespace vx::scene

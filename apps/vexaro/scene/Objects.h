@@ -18,6 +18,8 @@ struct Building {
     double rise = 0;                      ///< ridge height above the eaves (0 for flat roofs)
     RoofShape roof = RoofShape::Flat;
     int intensity = 15000; ///< roof material brightness
+    double tilt = 0;       ///< rise of the roof per metre along u (a bridge deck between its banks)
+    bool bridge = false;   ///< a bridge deck: no walls, and the truth of its returns is the deck's
 
     void local(double x, double y, double& s, double& t) const
     {
@@ -35,7 +37,7 @@ struct Building {
     {
         double s, t;
         local(x, y, s, t);
-        const double top = baseZ + eave;
+        const double top = baseZ + eave + tilt * s;
         const double across = halfWidth - std::fabs(t); // distance to the nearer long eave
         switch (roof) {
         case RoofShape::Flat:

@@ -39,7 +39,7 @@ int PulseSimulator::fire(double x, double y, double gpsTime, std::vector<ScenePo
     if (roof) {
         endZ = roof->roofZ(x, y);
         endIntensity = roof->intensity + rng_.bell(1500.0);
-        endTruth = kBuilding;
+        endTruth = roof->bridge ? kBridgeDeck : kBuilding;
     } else {
         const GrassPatch* patch = nullptr;
         for (int id : layout_.grassIndex.at(x, y))

@@ -17,6 +17,7 @@ enum TruthClass : uint8_t {
     kHighVegetation = 5,
     kBuilding = 6,
     kLowNoise = 7,
+    kBridgeDeck = 17,
     kHighNoise = 18,
 };
 
@@ -34,6 +35,7 @@ enum class SceneKind {
     Terraces,       ///< a hillside of 30-degree slopes and flat terraces with 1-2 m steps between them
     Forest,         ///< closed canopy over an understorey: the ground is seen through gaps only
     MountainForest, ///< the forest on a 22-31 degree mountainside cut by a gully
+    Bridges,        ///< the town cut by a channel 5-8 m deep that one or two road bridges cross
 };
 
 /// The length unit of a scene's coordinates, horizontal and vertical alike.
@@ -45,7 +47,7 @@ enum class SceneUnits {
 
 /// Metres in one unit.
 double unitLength(SceneUnits units);
-/// "town", "hall", "terraces", "forest", "mountain-forest"; "metres", "feet", "us-feet".
+/// "town", "hall", "terraces", "forest", "mountain-forest", "bridges"; "metres", "feet", "us-feet".
 const char* sceneKindName(SceneKind kind);
 const char* sceneUnitsName(SceneUnits units);
 /// The kind or units named so (sceneKindName, and "flat" for the town); false for other names.
@@ -80,7 +82,7 @@ struct Scene {
     double side = 0;                                ///< the scene is the square [0, side)²
     double originX = 500000.0, originY = 5000000.0; ///< added to x and y in the LAS files
     double pulseSpacing = 0;                        ///< distance between pulses
-    int buildings = 0, trees = 0, shrubs = 0, treesTouchingBuildings = 0;
+    int buildings = 0, bridges = 0, trees = 0, shrubs = 0, treesTouchingBuildings = 0;
     std::vector<ScenePoint> points;
 };
 

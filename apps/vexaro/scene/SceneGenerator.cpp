@@ -63,6 +63,7 @@ double expectedReturnsPerPulse(SceneKind kind)
 {
     switch (kind) {
     case SceneKind::Town:
+    case SceneKind::Bridges:
         return 1.3;
     case SceneKind::Hall:
         return 1.15;
@@ -138,7 +139,8 @@ Scene generateScene(const SceneOptions& options)
     scene.kind = kind;
     scene.units = options.units;
     scene.side = side;
-    scene.buildings = static_cast<int>(layout.buildings.size());
+    for (const auto& b : layout.buildings)
+        (b.bridge ? scene.bridges : scene.buildings) += 1;
     scene.treesTouchingBuildings = layout.treesTouchingBuildings;
     for (const auto& c : layout.crowns)
         (c.shrub ? scene.shrubs : scene.trees) += 1;
@@ -147,7 +149,8 @@ Scene generateScene(const SceneOptions& options)
     Random extraRng(hashMix(options.seed, 3));
     std::vector<ScenePoint> extras;
     for (const auto& b : layout.buildings)
-        addWallPoints(layout, b, density, extraRng, extras);
+        if (!b.bridge)
+            addWallPoints(layout, b, density, extraRng, extras);
     const int noise = 3 + static_cast<int>(target / 20000.0);
     for (int k = 0; k < noise; ++k) {
         const double x = extraRng.uniform(0, side), y = extraRng.uniform(0, side);

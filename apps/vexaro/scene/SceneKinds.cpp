@@ -29,6 +29,8 @@ const char* sceneKindName(SceneKind kind)
         return "forest";
     case SceneKind::MountainForest:
         return "mountain-forest";
+    case SceneKind::Bridges:
+        return "bridges";
     }
     return "town";
 }
@@ -49,7 +51,7 @@ const char* sceneUnitsName(SceneUnits units)
 bool parseSceneKind(const std::string& name, SceneKind& kind)
 {
     for (SceneKind k : {SceneKind::Town, SceneKind::Hall, SceneKind::Terraces, SceneKind::Forest,
-                        SceneKind::MountainForest})
+                        SceneKind::MountainForest, SceneKind::Bridges})
         if (name == sceneKindName(k)) {
             kind = k;
             return true;

@@ -42,6 +42,8 @@ Terrain::Terrain(Random& rng, double side, SceneKind kind)
         drawHillside(rng, side);
     else if (kind == SceneKind::MountainForest)
         drawMountainside(rng, side);
+    else if (kind == SceneKind::Bridges)
+        drawChannelled(rng, side);
     else
         drawRolling(rng, side);
 }
@@ -77,6 +79,24 @@ void Terrain::drawGentle(Random& rng)
     noiseSeed_ = rng.next();
     hillAmplitude_ = rng.uniform(0.3, 0.8);
     bumpAmplitude_ = rng.uniform(0.05, 0.15);
+}
+
+void Terrain::drawChannelled(Random& rng, double side)
+{
+    // The town's rolling terrain, cut across by a channel with a flat floor 16-30 m wide and
+    // banks of 45 degrees, 5 to 8 m deep: a river or a road in a cutting.
+    drawRolling(rng, side);
+    channel_ = randomLine(rng, side);
+    channelDepth_ = rng.uniform(5.0, 8.0);
+    channelHalfFloor_ = rng.uniform(8.0, 15.0);
+}
+
+double Terrain::channelCut(double x, double y) const
+{
+    const double d = std::fabs(channel_.distance(x, y));
+    if (d <= channelHalfFloor_)
+        return channelDepth_;
+    return std::max(0.0, channelDepth_ - (d - channelHalfFloor_));
 }
 
 void Terrain::drawMountainside(Random& rng, double side)
@@ -162,6 +182,8 @@ double Terrain::height(double x, double y) const
     z += bumpAmplitude_ * valueNoise(x, y, 35.0, noiseSeed_ + 1);
     z += ridgeHeight_ * bump(ridge_.distance(x, y) / ridgeHalfWidth_);
     z -= ditchDepth_ * bump(ditch_.distance(x, y) / ditchHalfWidth_);
+    if (channelDepth_ > 0)
+        z -= channelCut(x, y);
     if (!profile_.empty())
         z += profileHeight(x * uphillX_ + y * uphillY_ - uphillStart_);
     return z;

@@ -33,7 +33,7 @@ class Terrain {
 public:
     /// Draws the shape for a square scene of the given side (metres) from rng: rolling terrain
     /// for the town and the forest, gentle ground for the hall, a hillside for the terraces, a
-    /// mountainside for the mountain forest.
+    /// mountainside for the mountain forest, the town's terrain cut by a channel for the bridges.
     Terrain(Random& rng, double side, SceneKind kind = SceneKind::Town);
 
     /// Height of the bare earth at (x, y), metres above the vertical datum.
@@ -42,6 +42,13 @@ public:
     const SceneLine& ridge() const { return ridge_; }
     const SceneLine& ditch() const { return ditch_; }
     double ditchHalfWidth() const { return ditchHalfWidth_; }
+    /// The channel of the bridges scene (depth 0 elsewhere): its centre line, and the half width
+    /// of its top, where the banks meet the terrain.
+    const SceneLine& channel() const { return channel_; }
+    double channelDepth() const { return channelDepth_; }
+    double channelHalfTop() const { return channelHalfFloor_ + channelDepth_; }
+    /// How deep the channel cuts the terrain at (x, y): its depth on the floor, less on the banks.
+    double channelCut(double x, double y) const;
 
 private:
     /// A point of the hillside's profile: height z at distance u along the uphill direction.
@@ -52,6 +59,7 @@ private:
     void drawGentle(Random& rng);
     void drawHillside(Random& rng, double side);
     void drawMountainside(Random& rng, double side);
+    void drawChannelled(Random& rng, double side);
     double valueNoise(double x, double y, double cell, uint64_t seed) const;
     double profileHeight(double u) const;
 
@@ -63,6 +71,8 @@ private:
     double ridgeHeight_ = 0, ridgeHalfWidth_ = 1;
     SceneLine ditch_;
     double ditchDepth_ = 0, ditchHalfWidth_ = 1;
+    SceneLine channel_;
+    double channelDepth_ = 0, channelHalfFloor_ = 1;
     /// The hillside: heights along (uphillX_, uphillY_), measured from the scene's lowest corner
     /// in that direction; empty for other kinds.
     std::vector<ProfileNode> profile_;

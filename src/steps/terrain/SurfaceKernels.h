@@ -217,13 +217,78 @@ template <class Visitor> VX_HD bool anyRasterNeighbour(int i, int nx, int ny, Vi
     return false;
 }
 
+/// Marks the object cells that lie on a raised level strip: along one of the raster's four axes
+/// (rows, columns and both diagonals) the cells through the cell stay within `level` of each
+/// other, step by step, until the strip ends, both ways and no more than `widest` across, where
+/// the next cell lies at least `drop` lower. A bridge deck is such a strip: a road, level across,
+/// whose edges fall at once to the road or water below it, while a slope, however steep, spreads
+/// its fall over cells, a terrace ends in a step lower than a wall, and a rock's top is rough.
+/// The climb leaves these cells cut, so that a deck meeting the road at its ends stays an
+/// object. Cells that hold no point end a walk without an edge: a deck over water that gives no
+/// returns is not seen.
+struct k_markRaisedStrips {
+    const float* lowest;
+    const unsigned char* object;
+    unsigned char* strip;
+    int nx, ny;
+    float level;  ///< largest height difference between neighbouring cells of the strip
+    float drop;   ///< least fall from the strip's edge to the next cell
+    float cell;   ///< cell edge
+    float widest; ///< widest strip, in the raster's length unit
+
+    /// Cells walked from (x, y) along (dx, dy) to the first cell past the strip's edge, or -1
+    /// where the walk meets no edge within `steps` cells.
+    VX_HD int edgeAlong(int x, int y, int dx, int dy, int steps) const
+    {
+        float at = lowest[y * nx + x];
+        for (int k = 1; k <= steps; ++k) {
+            const int qx = x + k * dx, qy = y + k * dy;
+            if (qx < 0 || qy < 0 || qx >= nx || qy >= ny)
+                return -1;
+            const float h = lowest[qy * nx + qx];
+            if (isEmptyHeight(h))
+                return -1;
+            if (at - h >= drop)
+                return k;
+            if (h - at > level || at - h > level)
+                return -1;
+            at = h;
+        }
+        return -1;
+    }
+
+    VX_HD void operator()(int i) const
+    {
+        strip[i] = 0;
+        if (!object[i] || isEmptyHeight(lowest[i]))
+            return;
+        const int x = i % nx, y = i / nx;
+        const int axes[4][2] = {{1, 0}, {0, 1}, {1, 1}, {1, -1}};
+        for (int a = 0; a < 4; ++a) {
+            const int dx = axes[a][0], dy = axes[a][1];
+            const float step = dx != 0 && dy != 0 ? cell * 1.41421356f : cell;
+            const int steps = static_cast<int>(widest / step) + 1;
+            const int ahead = edgeAlong(x, y, dx, dy, steps);
+            if (ahead < 0)
+                continue;
+            const int behind = edgeAlong(x, y, -dx, -dy, steps);
+            if (behind >= 0 && static_cast<float>(ahead + behind - 1) * step <= widest) {
+                strip[i] = 1;
+                return;
+            }
+        }
+    }
+};
+
 /// One pass of giving object cells back to the terrain: a cell whose lowest point lies within
 /// climb x distance of the lowest point of a terrain neighbour (eight-connected) is terrain, so
 /// the terrain climbs slopes and cliffs that have returns on their face, while a roof, whose
-/// edge stands a wall's height above the ground beside it, stays an object. Reads one flag
-/// array and writes another, so the result does not depend on the order of the cells.
+/// edge stands a wall's height above the ground beside it, stays an object; so do the cells of
+/// raised strips (k_markRaisedStrips) where `strip` is given. Reads one flag array and writes
+/// another, so the result does not depend on the order of the cells.
 struct k_climbFromTerrain {
-    const float* lowest; ///< empty where the cell holds no point
+    const float* lowest;        ///< empty where the cell holds no point
+    const unsigned char* strip; ///< null, or 1 for the cells that the climb leaves cut
     const unsigned char* objectIn;
     unsigned char* objectOut;
     int nx, ny;
@@ -233,7 +298,7 @@ struct k_climbFromTerrain {
     VX_HD void operator()(int i) const
     {
         objectOut[i] = objectIn[i];
-        if (!objectIn[i] || isEmptyHeight(lowest[i]))
+        if (!objectIn[i] || isEmptyHeight(lowest[i]) || (strip && strip[i]))
             return;
         const bool climbed = anyRasterNeighbour(i, nx, ny, [&](int q, bool diagonal) {
             return !objectIn[q] && !isEmptyHeight(lowest[q]) && reach.joins(lowest[i], lowest[q], diagonal);

@@ -196,11 +196,24 @@ template <class T> void runTerrainGround(StepContext<T>& c)
             Buffer<unsigned char> other(backend, cells);
             Buffer<int> changed(backend, 1);
             const ClimbReach reach = climbReach(par, static_cast<float>(cell));
+            // Bridge decks: strips level within the roughness of bare ground, whose edges drop,
+            // at once, a wall's height more than the climb takes between two cells.
+            Buffer<unsigned char> strip;
+            if (par.TerrainBridgeWidth > 0 && par.TerrainWallHeight > 0) {
+                strip = Buffer<unsigned char>(backend, cells);
+                const float drop = static_cast<float>(par.TerrainWallHeight) +
+                                   static_cast<float>(par.TerrainClimb) * static_cast<float>(cell);
+                launch(c.launchConfig(cells), cells,
+                       k_markRaisedStrips{lowest.data(), object.data(), strip.data(), g.nx, g.ny,
+                                          static_cast<float>(par.TerrainStepHeight), drop,
+                                          static_cast<float>(cell),
+                                          static_cast<float>(par.TerrainBridgeWidth)});
+            }
             for (int pass = 0; pass < 2 * widest + 2; ++pass) {
                 fillWith(changed.data(), 1, 0);
                 launch(c.launchConfig(cells), cells,
-                       k_climbFromTerrain{lowest.data(), object.data(), other.data(), g.nx, g.ny, reach,
-                                          changed.data()});
+                       k_climbFromTerrain{lowest.data(), strip.data(), object.data(), other.data(), g.nx,
+                                          g.ny, reach, changed.data()});
                 std::swap(object, other);
                 int any = 0;
                 changed.download(&any, 1);
