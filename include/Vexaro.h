@@ -129,8 +129,11 @@ public:
 
     /// Gives groundClass to the admitted points (allowed-input-classes table) that lie on the
     /// terrain: the surface left by cutting from the lowest points of TerrainCellSize cells every
-    /// object narrower than twice TerrainWindow. Needs no grid and no normals.
-    void classifyTerrainGround(int groundClass);
+    /// object narrower than twice TerrainWindow. Needs no grid and no normals. With
+    /// TerrainBridgeWidth, TerrainWallHeight and TerrainClimb set, the climb leaves bridge decks
+    /// cut, and a bridgeDeckClass of 0 or more is given to the admitted points on their surface
+    /// (within TerrainGroundDistance of a deck cell's lowest point); -1 leaves them as they are.
+    void classifyTerrainGround(int groundClass, int bridgeDeckClass = -1);
     /// Marks isolated points and small far-off groups among the admitted points (allowed-input-classes
     /// table): lowNoiseClass for those lying below their surroundings, highNoiseClass above.
     /// Needs a planar grid (regularGridDecomposition2D) whose columns are at least NoiseRange

@@ -106,6 +106,13 @@ const std::vector<Entry>& table()
               nullptr,
               [](PipelineOptions& o, double x) { o.highNoiseClass = static_cast<int>(x); },
               Limit::NonNegative},
+        Entry{{"BridgeDeckClass", ValueKind::Integer, "pipeline",
+               "class of the bridge decks that the terrain step finds: 17 (bridge deck, default), or 0 to "
+               "leave them to the later steps"},
+              nullptr,
+              nullptr,
+              [](PipelineOptions& o, double x) { o.bridgeDeckClass = static_cast<int>(x); },
+              Limit::NonNegative},
         Entry{{"GridCellSize", ValueKind::Real, "pipeline",
                "column edge of the ground, building and vegetation steps (0: largest range)"},
               nullptr,

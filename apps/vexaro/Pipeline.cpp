@@ -179,7 +179,7 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
     if (options.terrainGround) {
         step.run("terrain ground", "ground", {kGround}, [&] {
             setAllowed(v, groundCandidates);
-            v.classifyTerrainGround(kGround);
+            v.classifyTerrainGround(kGround, options.bridgeDeckClass > 0 ? options.bridgeDeckClass : -1);
             // Noise lying on the terrain is ground: the few ground returns under a dense canopy
             // read as a far-off group below it, while a stray or sunk return lies well off the
             // surface.

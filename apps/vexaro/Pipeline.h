@@ -21,6 +21,7 @@ constexpr int kMediumVegetation = 4;
 constexpr int kHighVegetation = 5;
 constexpr int kBuilding = 6;
 constexpr int kLowPoint = 7;
+constexpr int kBridgeDeck = 17;
 constexpr int kPlanar = 10;  ///< the library's default NeighbourPlaneClass: roofs and ground
 constexpr int kScatter = 11; ///< the library's fixed ChaosClass: what the vegetation step calls chaotic
 constexpr int kLinear = 12;
@@ -54,6 +55,9 @@ struct PipelineOptions {
     bool terrainGround = true;
     /// Class of the noise above its surroundings: 7 like the low noise, or 18 ("high noise").
     int highNoiseClass = cls::kLowPoint;
+    /// Class of the bridge decks that the terrain step finds (17, "bridge deck"); 0 leaves them
+    /// to the later steps.
+    int bridgeDeckClass = cls::kBridgeDeck;
     /// Write each point's height above the final ground into output as the extra-bytes
     /// dimension HeightAboveGround (computed just before saving when the run has none).
     bool writeHeightAboveGround = false;

@@ -131,7 +131,7 @@ void Vexaro<T>::performVegetationClassification(int lowVegetationClass, int medi
     runStep("aos-only", [&] { VX_STEP(runVegetation, runVegetation); });
 }
 
-template <class T> void Vexaro<T>::classifyTerrainGround(int groundClass)
+template <class T> void Vexaro<T>::classifyTerrainGround(int groundClass, int bridgeDeckClass)
 {
     if (!core->dataLoaded) {
         facadeMessage(0, "ERROR! Data not loaded!");
@@ -140,6 +140,7 @@ template <class T> void Vexaro<T>::classifyTerrainGround(int groundClass)
     if (!parametersValidFor(vexaro::TerrainGround))
         return;
     core->slots.GroundClass = groundClass;
+    core->slots.TargetClass = bridgeDeckClass;
     runStep("both", [&] { VX_STEP(runTerrainGround, runTerrainGround); });
 }
 
@@ -160,6 +161,6 @@ template <class T> void Vexaro<T>::classifyTerrainGround(int groundClass)
     template void Vexaro<T>::findBuildingSeed(int, int, int, int);                                           \
     template void Vexaro<T>::performIterativeBuildingGrowth(int, int, int, int);                             \
     template void Vexaro<T>::performVegetationClassification(int, int, int, int, int);                       \
-    template void Vexaro<T>::classifyTerrainGround(int);
+    template void Vexaro<T>::classifyTerrainGround(int, int);
 VX_INSTANTIATE_FACADE_STEPS(float)
 VX_INSTANTIATE_FACADE_STEPS(double)

@@ -170,7 +170,7 @@ TEST(SceneKinds, BridgeDecksAreNotGround)
     // A town cut by a channel 5-8 m deep that road bridges cross. The decks meet the road at
     // their ends, and the climb took them for terrain (99 % of their points ground); only the
     // parts over the upper banks, less than a wall's height above the ground under them, stay
-    // ground (about a third).
+    // ground (about a third). The rest are bridge decks (17), not roofs.
     const auto e = classifyScene({"bridges", "4", "60000", true});
     EXPECT_LT(e.totalError, 0.05);
     const auto& other = e.matrix[vx::app::kOtherCategory];
@@ -179,6 +179,8 @@ TEST(SceneKinds, BridgeDecksAreNotGround)
         decks += other[c];
     EXPECT_GT(decks, 1000u);
     EXPECT_LT(other[vx::app::kGroundCategory], decks * 45 / 100) << "deck points taken as ground";
+    EXPECT_GT(other[vx::app::kOtherCategory], decks / 2) << "deck points given the deck's class";
+    EXPECT_GE(e.f1(vx::app::kBuildingCategory), 0.90);
 }
 
 TEST(SceneKinds, SingleReturnDataFindTheirTreesAndRoofs)

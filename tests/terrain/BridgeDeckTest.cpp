@@ -45,13 +45,14 @@ template <class T> void generalTerrain(Vexaro<T>& v, double bridgeWidth)
 }
 
 struct DeckCount {
-    int deckOverFloor = 0, deckOverFloorGround = 0, groundLost = 0;
+    int deckOverFloor = 0, deckOverFloorGround = 0, deckOverFloorDeck = 0, groundLost = 0, elsewhereDeck = 0;
 };
 
-template <class T> DeckCount classifyCutting(bool soa, double bridgeWidth)
+template <class T> DeckCount classifyCutting(bool soa, double bridgeWidth, int deckClass = -1)
 {
     const auto pts = cuttingWithADeck<T>();
-    const auto out = classify<T>(pts, soa, [bridgeWidth](Vexaro<T>& v) { generalTerrain(v, bridgeWidth); });
+    const auto out = classify<T>(
+        pts, soa, [bridgeWidth](Vexaro<T>& v) { generalTerrain(v, bridgeWidth); }, deckClass);
     DeckCount n;
     for (std::size_t k = 0; k < pts.size(); ++k) {
         const double x = static_cast<double>(pts[k].x), y = static_cast<double>(pts[k].y);
@@ -59,8 +60,10 @@ template <class T> DeckCount classifyCutting(bool soa, double bridgeWidth)
         if (deck && std::fabs(x - 80.0) < 14) {
             ++n.deckOverFloor;
             n.deckOverFloorGround += out[k] == 2;
+            n.deckOverFloorDeck += out[k] == 17;
         }
         n.groundLost += !deck && out[k] != 2;
+        n.elsewhereDeck += !deck && out[k] == 17;
     }
     return n;
 }
@@ -77,6 +80,23 @@ TEST(BridgeDeck, ADeckAcrossACuttingIsNotGround)
         EXPECT_EQ(d.deckOverFloorGround, 0);
         EXPECT_EQ(d.groundLost, 0);
     }
+}
+
+TEST(BridgeDeck, TheDeckTakesItsClassWhereOneIsGiven)
+{
+    for (bool soa : {true, false}) {
+        SCOPED_TRACE(soa ? "SoA" : "AoS");
+        const DeckCount f = classifyCutting<float>(soa, 40.0, 17);
+        EXPECT_EQ(f.deckOverFloorDeck, f.deckOverFloor);
+        EXPECT_EQ(f.elsewhereDeck, 0);
+        EXPECT_EQ(f.groundLost, 0);
+        const DeckCount d = classifyCutting<double>(soa, 40.0, 17);
+        EXPECT_EQ(d.deckOverFloorDeck, d.deckOverFloor);
+        EXPECT_EQ(d.elsewhereDeck, 0);
+    }
+    // Without a class the deck keeps the class it had; without the width no deck is found.
+    EXPECT_EQ(classifyCutting<float>(true, 40.0).deckOverFloorDeck, 0);
+    EXPECT_EQ(classifyCutting<float>(true, 0.0, 17).deckOverFloorDeck, 0);
 }
 
 TEST(BridgeDeck, WithoutTheWidthTheClimbTakesTheDeck)

@@ -19,11 +19,11 @@ template <class T> VX_Point<T> point(double x, double y, double z)
     return p;
 }
 
-/// Runs the terrain step (ground class 2) on the CPU in one grid cell, after `set` has set the
-/// parameters; the classes of the points.
+/// Runs the terrain step (ground class 2, bridge decks `deckClass`) on the CPU in one grid cell,
+/// after `set` has set the parameters; the classes of the points.
 template <class T>
 std::vector<int> classify(std::vector<VX_Point<T>> pts, bool soa,
-                          const std::function<void(Vexaro<T>&)>& set = nullptr)
+                          const std::function<void(Vexaro<T>&)>& set = nullptr, int deckClass = -1)
 {
     Vexaro<T> v;
     v.setMessageLevel(-1);
@@ -34,7 +34,7 @@ std::vector<int> classify(std::vector<VX_Point<T>> pts, bool soa,
     if (set)
         set(v);
     v.regularGridDecomposition2D(1000, 1000);
-    v.classifyTerrainGround(2);
+    v.classifyTerrainGround(2, deckClass);
     std::vector<short> out(pts.size());
     v.saveClassesToBuffer(out.data(), static_cast<int>(out.size()));
     return std::vector<int>(out.begin(), out.end());

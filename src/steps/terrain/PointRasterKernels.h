@@ -108,4 +108,35 @@ template <class T, class L> struct k_groundNearSurface {
     }
 };
 
+/// Gives deckClass to every admitted point of a bridge deck: in a cell that `deck` marks, no
+/// higher than `distance` above the cell's lowest point (the deck's surface; what stands on the
+/// deck is left to the later steps).
+template <class T, class L> struct k_deckPoints {
+    PointsOf<T, L> pts;
+    AllowedClasses allowed;
+    RasterGrid grid;
+    const float* lowest;
+    const unsigned char* deck;
+    float distance;
+    int deckClass;
+    VX_HD void operator()(int p) const
+    {
+        if (!allowed.admits(pts.cls(p)))
+            return;
+        const int c = grid.cellOf(static_cast<float>(pts.x(p)), static_cast<float>(pts.y(p)));
+        if (deck[c] && static_cast<float>(pts.z(p)) - lowest[c] <= distance)
+            pts.setCls(p, deckClass);
+    }
+};
+
+/// Marks the bridge decks: cells of raised strips that are still objects, but that the climb
+/// gave back once the strips were let in too.
+struct k_markDecks {
+    const unsigned char* strip;
+    const unsigned char* object;     ///< after the climb that leaves the strips out
+    const unsigned char* freeObject; ///< after the climb that lets them in
+    unsigned char* deck;
+    VX_HD void operator()(int i) const { deck[i] = strip[i] && object[i] && !freeObject[i]; }
+};
+
 } // namespace vx

@@ -92,6 +92,30 @@ void releaseTallObjects(const StepContext<T>& c, const RasterGrid& g, const floa
                                 static_cast<float>(par.TerrainObjectMaxRise)});
 }
 
+/// Gives object cells joined to the terrain by a climbable surface back to the terrain, pass after
+/// pass until none joins, leaving out the cells that `strip` marks where it is given. An object
+/// is at most twice the widest window across, so that many passes reach every cell of it.
+template <class T>
+void climbFromTerrain(const StepContext<T>& c, const RasterGrid& g, const float* lowest,
+                      const unsigned char* strip, const ClimbReach& reach, int widest,
+                      Buffer<unsigned char>& object)
+{
+    const int cells = g.cells();
+    Buffer<unsigned char> other(c.backend(), cells);
+    Buffer<int> changed(c.backend(), 1);
+    for (int pass = 0; pass < 2 * widest + 2; ++pass) {
+        fillWith(changed.data(), 1, 0);
+        launch(c.launchConfig(cells), cells,
+               k_climbFromTerrain{lowest, strip, object.data(), other.data(), g.nx, g.ny, reach,
+                                  changed.data()});
+        std::swap(object, other);
+        int any = 0;
+        changed.download(&any, 1);
+        if (!any)
+            break;
+    }
+}
+
 /// Marks the cells of surfaces that walls enclose as objects (see markEnclosedSurfaces), then
 /// gives back to the terrain the cut objects that no wall bounds (releaseUnwalledObjects): two
 /// cells join one surface when they differ by less than half TerrainWallHeight, and a roof spans
@@ -190,16 +214,14 @@ template <class T> void runTerrainGround(StepContext<T>& c)
             releaseTallObjects(c, g, lowest.data(), object, widest);
 
         // Objects joined to the terrain by a climbable surface are terrain (a ridge, a cliff
-        // with returns on its face). An object is at most twice the widest window across, so
-        // that many passes reach every cell of it.
+        // with returns on its face), except the raised level strips of bridge decks.
+        Buffer<unsigned char> deck;
         if (par.TerrainClimb > 0) {
-            Buffer<unsigned char> other(backend, cells);
-            Buffer<int> changed(backend, 1);
             const ClimbReach reach = climbReach(par, static_cast<float>(cell));
-            // Bridge decks: strips level within the roughness of bare ground, whose edges drop,
-            // at once, a wall's height more than the climb takes between two cells.
             Buffer<unsigned char> strip;
             if (par.TerrainBridgeWidth > 0 && par.TerrainWallHeight > 0) {
+                // Strips level within the roughness of bare ground, whose edges drop, at once, a
+                // wall's height more than the climb takes between two cells.
                 strip = Buffer<unsigned char>(backend, cells);
                 const float drop = static_cast<float>(par.TerrainWallHeight) +
                                    static_cast<float>(par.TerrainClimb) * static_cast<float>(cell);
@@ -209,16 +231,15 @@ template <class T> void runTerrainGround(StepContext<T>& c)
                                           static_cast<float>(cell),
                                           static_cast<float>(par.TerrainBridgeWidth)});
             }
-            for (int pass = 0; pass < 2 * widest + 2; ++pass) {
-                fillWith(changed.data(), 1, 0);
+            climbFromTerrain(c, g, lowest.data(), strip.data(), reach, widest, object);
+            // The decks are the strips that the climb would have taken.
+            if (strip.data() && c.slots().TargetClass >= 0) {
+                Buffer<unsigned char> free(backend, cells);
+                mem::copy(backend, free.data(), object.data(), cells);
+                climbFromTerrain(c, g, lowest.data(), nullptr, reach, widest, free);
+                deck = Buffer<unsigned char>(backend, cells);
                 launch(c.launchConfig(cells), cells,
-                       k_climbFromTerrain{lowest.data(), strip.data(), object.data(), other.data(), g.nx,
-                                          g.ny, reach, changed.data()});
-                std::swap(object, other);
-                int any = 0;
-                changed.download(&any, 1);
-                if (!any)
-                    break;
+                       k_markDecks{strip.data(), object.data(), free.data(), deck.data()});
             }
         }
 
@@ -234,6 +255,10 @@ template <class T> void runTerrainGround(StepContext<T>& c)
                k_groundNearSurface<T, L>{pts, c.allowed(), g, filled.data(),
                                          static_cast<float>(par.TerrainGroundDistance),
                                          static_cast<float>(par.TerrainGradientFactor), groundClass});
+        if (deck.data())
+            launch(c.launchConfig(n), n,
+                   k_deckPoints<T, L>{pts, c.allowed(), g, lowest.data(), deck.data(),
+                                      static_cast<float>(par.TerrainGroundDistance), c.slots().TargetClass});
 
         auto& state = c.template state<TerrainState>();
         state.grid = g;
