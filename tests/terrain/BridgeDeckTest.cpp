@@ -17,8 +17,9 @@ using terraintest::point;
 
 /// 160 m x 100 m at 1 m spacing: level ground cut along y by a channel whose floor, 6 m down,
 /// spans x = 66-94 between banks of 45 degrees, and a deck 10 m wide (y = 45-55) across it at
-/// the level of the road, 0.1 m up, from x = 59 to 101. Under the deck only the deck is seen.
-template <class T> std::vector<VX_Point<T>> cuttingWithADeck()
+/// the level of the road, 0.1 m up, from x = 59 to 101. Under the deck only the deck is seen;
+/// with `water`, nothing is seen of the floor at all.
+template <class T> std::vector<VX_Point<T>> cuttingWithADeck(bool water = false)
 {
     std::vector<VX_Point<T>> pts;
     for (int i = 0; i < 160; ++i)
@@ -26,8 +27,11 @@ template <class T> std::vector<VX_Point<T>> cuttingWithADeck()
             const double x = i + 0.5, y = j + 0.5;
             const double d = std::fabs(x - 80.0);
             double z = d < 14 ? -6.0 : (d < 20 ? -(20.0 - d) : 0.0);
-            if (y > 45 && y < 55 && d < 21)
+            const bool deck = y > 45 && y < 55 && d < 21;
+            if (deck)
                 z = 0.1;
+            else if (water && d < 14)
+                continue;
             pts.push_back(point<T>(x, y, z + 0.02 * std::sin(i * 1.7 + j)));
         }
     return pts;
@@ -48,9 +52,10 @@ struct DeckCount {
     int deckOverFloor = 0, deckOverFloorGround = 0, deckOverFloorDeck = 0, groundLost = 0, elsewhereDeck = 0;
 };
 
-template <class T> DeckCount classifyCutting(bool soa, double bridgeWidth, int deckClass = -1)
+template <class T>
+DeckCount classifyCutting(bool soa, double bridgeWidth, int deckClass = -1, bool water = false)
 {
-    const auto pts = cuttingWithADeck<T>();
+    const auto pts = cuttingWithADeck<T>(water);
     const auto out = classify<T>(
         pts, soa, [bridgeWidth](Vexaro<T>& v) { generalTerrain(v, bridgeWidth); }, deckClass);
     DeckCount n;
@@ -97,6 +102,18 @@ TEST(BridgeDeck, TheDeckTakesItsClassWhereOneIsGiven)
     // Without a class the deck keeps the class it had; without the width no deck is found.
     EXPECT_EQ(classifyCutting<float>(true, 40.0).deckOverFloorDeck, 0);
     EXPECT_EQ(classifyCutting<float>(true, 0.0, 17).deckOverFloorDeck, 0);
+}
+
+TEST(BridgeDeck, ADeckOverWaterThatGivesNoReturnsIsFound)
+{
+    // Nothing is seen beside the deck over the floor: its edges fall to the banks beyond the
+    // empty cells, which the walks along the diagonals reach within the width from most of it.
+    const DeckCount n = classifyCutting<float>(true, 40.0, 17, true);
+    EXPECT_GT(n.deckOverFloor, 250);
+    EXPECT_GT(n.deckOverFloorDeck, n.deckOverFloor * 9 / 10);
+    EXPECT_EQ(n.deckOverFloorGround, 0);
+    EXPECT_EQ(n.elsewhereDeck, 0);
+    EXPECT_EQ(n.groundLost, 0);
 }
 
 TEST(BridgeDeck, WithoutTheWidthTheClimbTakesTheDeck)

@@ -31,6 +31,8 @@ struct Layout {
     std::vector<GrassPatch> grass;
     BucketIndex buildingIndex, crownIndex, grassIndex;
     int treesTouchingBuildings = 0;
+    /// The bridges' channel holds still water, which gives no returns (a road otherwise).
+    bool waterInChannel = false;
 
     /// Draws the landscape of the kind on a square of the given side (metres) from rng.
     Layout(Random& rng, double side, SceneKind kind = SceneKind::Town);

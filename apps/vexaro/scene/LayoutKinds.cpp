@@ -202,6 +202,9 @@ void Layout::drawBridges(Random& rng)
         buildings.push_back(b);
         placedAt.push_back(along);
     }
+    // Half the channels are rivers, whose water gives no returns, so that nothing is seen under
+    // or beside a deck; the others carry a road.
+    waterInChannel = rng.chance(0.5);
 }
 
 } // namespace vx::scene

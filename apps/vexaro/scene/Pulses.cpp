@@ -34,6 +34,9 @@ int PulseSimulator::fire(double x, double y, double gpsTime, std::vector<ScenePo
         if (b.contains(x, y) && (!roof || b.roofZ(x, y) > roof->roofZ(x, y)))
             roof = &b;
     }
+    // Still water reflects the beam away from the sensor: no echo.
+    if (!roof && layout_.waterInChannel && layout_.terrain.onChannelFloor(x, y))
+        return 0;
     double endZ = ground, endIntensity = 0;
     uint8_t endTruth = kGround;
     if (roof) {

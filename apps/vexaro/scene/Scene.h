@@ -35,7 +35,8 @@ enum class SceneKind {
     Terraces,       ///< a hillside of 30-degree slopes and flat terraces with 1-2 m steps between them
     Forest,         ///< closed canopy over an understorey: the ground is seen through gaps only
     MountainForest, ///< the forest on a 22-31 degree mountainside cut by a gully
-    Bridges,        ///< the town cut by a channel 5-8 m deep that one or two road bridges cross
+    Bridges,        ///< the town cut by a channel 5-8 m deep (a road, or water giving no returns)
+                    ///< that one or two road bridges cross
 };
 
 /// The length unit of a scene's coordinates, horizontal and vertical alike.

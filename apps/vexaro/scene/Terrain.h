@@ -49,6 +49,11 @@ public:
     double channelHalfTop() const { return channelHalfFloor_ + channelDepth_; }
     /// How deep the channel cuts the terrain at (x, y): its depth on the floor, less on the banks.
     double channelCut(double x, double y) const;
+    /// Whether (x, y) lies on the channel's flat floor.
+    bool onChannelFloor(double x, double y) const
+    {
+        return channelDepth_ > 0 && std::fabs(channel_.distance(x, y)) <= channelHalfFloor_;
+    }
 
 private:
     /// A point of the hillside's profile: height z at distance u along the uphill direction.

@@ -224,8 +224,8 @@ template <class Visitor> VX_HD bool anyRasterNeighbour(int i, int nx, int ny, Vi
 /// whose edges fall at once to the road or water below it, while a slope, however steep, spreads
 /// its fall over cells, a terrace ends in a step lower than a wall, and a rock's top is rough.
 /// The climb leaves these cells cut, so that a deck meeting the road at its ends stays an
-/// object. Cells that hold no point end a walk without an edge: a deck over water that gives no
-/// returns is not seen.
+/// object. Cells that hold no point end the strip, and its edge falls to the first cell seen
+/// beyond them within the walk: water gives no returns beside and under a deck.
 struct k_markRaisedStrips {
     const float* lowest;
     const unsigned char* object;
@@ -241,13 +241,18 @@ struct k_markRaisedStrips {
     VX_HD int edgeAlong(int x, int y, int dx, int dy, int steps) const
     {
         float at = lowest[y * nx + x];
+        int gap = 0; ///< the first empty cell of the walk, 0 before one
         for (int k = 1; k <= steps; ++k) {
             const int qx = x + k * dx, qy = y + k * dy;
             if (qx < 0 || qy < 0 || qx >= nx || qy >= ny)
                 return -1;
             const float h = lowest[qy * nx + qx];
-            if (isEmptyHeight(h))
-                return -1;
+            if (isEmptyHeight(h)) {
+                gap = gap ? gap : k;
+                continue;
+            }
+            if (gap)
+                return at - h >= drop ? gap : -1;
             if (at - h >= drop)
                 return k;
             if (h - at > level || at - h > level)
