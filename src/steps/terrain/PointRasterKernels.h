@@ -129,8 +129,8 @@ template <class T, class L> struct k_deckPoints {
     }
 };
 
-/// Marks the bridge decks: cells of raised strips that are still objects, but that the climb
-/// gave back once the strips were let in too.
+/// Marks the bridge decks: cells of raised strips that are still objects after the climb and the
+/// walls, but that the climb gave back once the strips were let in too.
 struct k_markDecks {
     const unsigned char* strip;
     const unsigned char* object;     ///< after the climb that leaves the strips out

@@ -215,10 +215,9 @@ template <class T> void runTerrainGround(StepContext<T>& c)
 
         // Objects joined to the terrain by a climbable surface are terrain (a ridge, a cliff
         // with returns on its face), except the raised level strips of bridge decks.
-        Buffer<unsigned char> deck;
+        Buffer<unsigned char> strip, free;
         if (par.TerrainClimb > 0) {
             const ClimbReach reach = climbReach(par, static_cast<float>(cell));
-            Buffer<unsigned char> strip;
             if (par.TerrainBridgeWidth > 0 && par.TerrainWallHeight > 0) {
                 // Strips level within the roughness of bare ground, whose edges drop, at once, a
                 // wall's height more than the climb takes between two cells.
@@ -234,12 +233,9 @@ template <class T> void runTerrainGround(StepContext<T>& c)
             climbFromTerrain(c, g, lowest.data(), strip.data(), reach, widest, object);
             // The decks are the strips that the climb would have taken.
             if (strip.data() && c.slots().TargetClass >= 0) {
-                Buffer<unsigned char> free(backend, cells);
+                free = Buffer<unsigned char>(backend, cells);
                 mem::copy(backend, free.data(), object.data(), cells);
                 climbFromTerrain(c, g, lowest.data(), nullptr, reach, widest, free);
-                deck = Buffer<unsigned char>(backend, cells);
-                launch(c.launchConfig(cells), cells,
-                       k_markDecks{strip.data(), object.data(), free.data(), deck.data()});
             }
         }
 
@@ -247,6 +243,16 @@ template <class T> void runTerrainGround(StepContext<T>& c)
         // steep bank parts from the terrain.
         if (par.TerrainWallHeight > 0)
             cutEnclosedSurfaces(c, g, lowest, object);
+
+        // Decks among the objects that the walls left.
+        Buffer<unsigned char> deck;
+        if (free.data()) {
+            deck = Buffer<unsigned char>(backend, cells);
+            launch(c.launchConfig(cells), cells,
+                   k_markDecks{strip.data(), object.data(), free.data(), deck.data()});
+        }
+        strip.reset();
+        free.reset();
 
         Buffer<float> filled(backend, cells);
         launch(c.launchConfig(cells), cells, k_keepGround{lowest.data(), object.data(), filled.data()});
