@@ -163,10 +163,10 @@ public:
     /// step reads as a far-off group. Points without a height (NaN) keep their class.
     void classifyNearGround(int groundClass);
     /// Gives raisedClass to every admitted point (allowed-input-classes table) whose height above
-    /// ground exceeds NearGroundDistance: points that an earlier step judged to lie low, such as
-    /// a lone return inside a sparse crown, which the noise step reads against the crown above
-    /// it, while the ground shows it standing well above. Points without a height (NaN) keep
-    /// their class.
+    /// ground exceeds NearGroundDistance, and, where RaisedPointsMaxHeight is set, is at most
+    /// that: points that an earlier step judged to lie low, such as a lone return inside a sparse
+    /// crown, which the noise step reads against the crown above it, while the ground shows it
+    /// standing well above. Points without a height (NaN) keep their class.
     void classifyRaisedPoints(int raisedClass);
     /// Gives groundClass to the admitted points (allowed-input-classes table) on steep faces of
     /// the ground, which a terrain surface of cells cannot follow: cliffs, quarry walls, steep

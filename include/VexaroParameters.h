@@ -136,6 +136,8 @@
       HeightAboveGround, 0,                                                                                  \
       "largest height above or below the ground surface that classifyNearGround takes; "                     \
       "classifyRaisedPoints takes the points above it")                                                      \
+    X(RaisedPointsMaxHeight, RaisedPointsMaxHeight, Height, 0.0, "m", 0, 100000, "height above ground",      \
+      HeightAboveGround, 0, "highest point above the ground that classifyRaisedPoints takes; 0: no limit")   \
     X(SteepGroundRange, SteepGroundRange, Length, 1.5, "m", 0.001, 1000, "steep ground", SteepGround, 1,     \
       "plan radius of the ground sought above and below a point; radius of its surface test")                \
     X(SteepGroundGap, SteepGroundGap, Height, 0.5, "m", 0, 1000, "steep ground", SteepGround, 0,             \

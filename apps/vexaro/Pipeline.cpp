@@ -189,8 +189,17 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
             // A low point stands below its surroundings; one that the ground shows standing
             // above it is a lone return within a crown or beside a wall, read against what
             // rises over it, and the later steps judge it with the others.
+            const double raisedCeiling = v.get_RaisedPointsMaxHeight();
+            v.set_RaisedPointsMaxHeight(0);
             setAllowed(v, admit({kLowPoint}));
             v.classifyRaisedPoints(kUnclassified);
+            // A lone return above its surroundings but lower than a tree or a house is a return
+            // off a wall, a wire or a twig; birds and haze fly higher.
+            v.set_RaisedPointsMaxHeight(raisedCeiling);
+            if (raisedCeiling > 0) {
+                setAllowed(v, admit({kHighNoiseMark}));
+                v.classifyRaisedPoints(kUnclassified);
+            }
             // Cars, low walls and shrubs that the surface's allowance took in stand out of the
             // plane of the ground around them; the later steps judge them with the rest. The
             // step looks through columns as wide as its search.

@@ -142,6 +142,10 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
     out.push_back({"NoisePitGroup", 5.0,
                    "5, the far-off test's group: multipath returns come in small groups, each of which has "
                    "the others beside it"});
+    height("RaisedPointsMaxHeight", 10.0,
+           "10 m, the noise step's height gap: a lone return above its surroundings but lower than that "
+           "over the ground is a return off a wall, a wire or a twig, which the later steps judge; the "
+           "pipeline takes it for noise no more, while birds and haze fly higher");
     height("NearGroundDistance", 0.5,
            "0.5 m, the pit depth: noise no farther from the final ground is a ground return that the noise "
            "step set aside, such as one of the few under a dense canopy");

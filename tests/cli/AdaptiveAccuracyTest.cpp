@@ -210,6 +210,35 @@ TEST(SceneKinds, SingleReturnDataFindTheirTreesAndRoofs)
     EXPECT_GE(e.f1(vx::app::kBuildingCategory), 0.85) << "building F1";
 }
 
+TEST(SceneKinds, LoneReturnsOffTallWallsAreNotNoise)
+{
+    // The hall's 8-10 m walls give a few sparse returns; lone ones read as high noise, above the
+    // ground around them. Up to RaisedPointsMaxHeight over the final ground they go back to the
+    // later steps (69 building points were noise without), while the scene's own noise stays.
+    const auto s = run({"scene", "-o", "in.las", "--truth", "truth.las", "--kind", "hall", "--density", "4",
+                        "--points", "60000", "-q"});
+    ASSERT_EQ(s.status, 0) << s.err;
+    for (const char* ceiling : {"10", "0"}) {
+        SCOPED_TRACE(ceiling);
+        const auto r = run({"classify", "in.las", "-o", "out.las", "-q", "--set",
+                            std::string("RaisedPointsMaxHeight=") + ceiling});
+        ASSERT_EQ(r.status, 0) << r.err;
+        const auto truth = classesOf((scratch() / "truth.las").string());
+        const auto out = classesOf((scratch() / "out.las").string());
+        std::size_t wallNoise = 0, noise = 0, noiseKept = 0;
+        for (std::size_t k = 0; k < truth.size(); ++k) {
+            wallNoise += truth[k] == 6 && out[k] == 7;
+            noise += truth[k] == 7;
+            noiseKept += truth[k] == 7 && out[k] == 7;
+        }
+        EXPECT_EQ(noiseKept, noise);
+        if (std::string(ceiling) == "10")
+            EXPECT_LT(wallNoise, 10u);
+        else
+            EXPECT_GT(wallNoise, 30u) << "the ceiling is what gives them back";
+    }
+}
+
 TEST(SceneKinds, StrayReturnsBecomeNoiseNotTrees)
 {
     const auto e = classifyScene({"town", "10", "40000", true}, {"--stray"});

@@ -1,7 +1,7 @@
 // Near ground: admitted points within NearGroundDistance of the ground surface, above or below,
 // become ground; farther ones, points without a height and points not admitted keep their class.
-// Raised points: admitted points more than NearGroundDistance above the surface take the class
-// given; the others keep theirs.
+// Raised points: admitted points more than NearGroundDistance above the surface, and no higher
+// than RaisedPointsMaxHeight where that is set, take the class given; the others keep theirs.
 #include "height/HeightTestSupport.h"
 
 using namespace vxtest;
@@ -68,6 +68,21 @@ template <class T> void raisedPointsTakeTheirClass(const Setting& s)
     c = classes(w);
     EXPECT_EQ(std::vector<int>(c.begin(), c.begin() + 10), (std::vector<int>{7, 7, 7, 7, 7, 7, 7, 7, 1, 6}));
     EXPECT_EQ(std::vector<int>(c.begin() + 10, c.end()), std::vector<int>(pts.size() - 10, 2));
+
+    // A ceiling under 20 m keeps the highest one, as birds and haze are kept; one above takes it.
+    for (const auto& [ceiling, highest] : {std::pair{10.0, 7}, std::pair{20.5, 1}}) {
+        for (int k = 0; k < 9; ++k)
+            pts[static_cast<std::size_t>(k)].classification = 7;
+        Vexaro<T> u;
+        heights(u, s, pts);
+        u.set_AllowedInputClasses(const_cast<int*>(table.data()), static_cast<int>(table.size()));
+        u.set_RaisedPointsMaxHeight(T(ceiling));
+        u.classifyRaisedPoints(1);
+        c = classes(u);
+        EXPECT_EQ(std::vector<int>(c.begin(), c.begin() + 10),
+                  (std::vector<int>{7, 7, 7, 7, 7, 1, 7, 7, highest, 6}))
+            << ceiling;
+    }
 }
 
 template <class T> void withoutHeightsNothingChanges(const Setting& s)

@@ -234,7 +234,7 @@ template <class T> void runHeightTiers(StepContext<T>& c)
 }
 
 /// Gives newClass to the admitted points within NearGroundDistance of the ground, or, with
-/// raised, farther above it.
+/// raised, farther above it and no higher than RaisedPointsMaxHeight where that is set.
 template <class T> void nearGroundPass(StepContext<T>& c, int newClass, bool raised)
 {
     const HeightAboveGroundState* state = heldHeights(c);
@@ -248,7 +248,8 @@ template <class T> void nearGroundPass(StepContext<T>& c, int newClass, bool rai
                NearGround<T, Points>{{c.points(layout), c.allowed(), state->heights.data(), n},
                                      c.par().NearGroundDistance,
                                      newClass,
-                                     raised});
+                                     raised,
+                                     c.par().RaisedPointsMaxHeight});
     });
     c.checkDeviceError();
     c.msg(2, raised ? "Raised points done!" : "Near ground done!");

@@ -402,15 +402,19 @@ template <class T, class Points> struct TierByHeight : ByHeight<T, Points> {
 };
 
 /// Per admitted point with a height: newClass where it lies within distance of the ground
-/// surface, above or below it, or, with `raised`, more than distance above it.
+/// surface, above or below it, or, with `raised`, more than distance above it and, where
+/// ceiling is positive, at most ceiling.
 template <class T, class Points> struct NearGround : ByHeight<T, Points> {
     T distance;
     int newClass;
     bool raised;
+    T ceiling;
     VX_HD void operator()(int i) const
     {
         T t;
-        if (this->admittedHeight(i, t) && (raised ? t > distance : t <= distance && t >= -distance))
+        if (!this->admittedHeight(i, t))
+            return;
+        if (raised ? t > distance && (ceiling <= 0 || t <= ceiling) : t <= distance && t >= -distance)
             this->pts.setCls(i, newClass);
     }
 };
