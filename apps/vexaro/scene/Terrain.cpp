@@ -48,16 +48,22 @@ Terrain::Terrain(Random& rng, double side, SceneKind kind)
         drawRolling(rng, side);
 }
 
+void Terrain::drawUndulation(Random& rng, const Range& slope, const Range& hills, const Range& bumps,
+                             double& gx, double& gy)
+{
+    rng.direction(gx, gy);
+    const double s = rng.uniform(slope.low, slope.high);
+    tiltX_ = gx * s;
+    tiltY_ = gy * s;
+    noiseSeed_ = rng.next();
+    hillAmplitude_ = rng.uniform(hills.low, hills.high);
+    bumpAmplitude_ = rng.uniform(bumps.low, bumps.high);
+}
+
 void Terrain::drawRolling(Random& rng, double side)
 {
     double gx = 0, gy = 0;
-    rng.direction(gx, gy);
-    const double slope = rng.uniform(0.02, 0.05);
-    tiltX_ = gx * slope;
-    tiltY_ = gy * slope;
-    noiseSeed_ = rng.next();
-    hillAmplitude_ = rng.uniform(1.5, 3.5);
-    bumpAmplitude_ = rng.uniform(0.3, 0.7);
+    drawUndulation(rng, {0.02, 0.05}, {1.5, 3.5}, {0.3, 0.7}, gx, gy);
 
     ridge_ = randomLine(rng, side);
     ridgeHeight_ = rng.uniform(4.0, 7.0);
@@ -72,13 +78,7 @@ void Terrain::drawGentle(Random& rng)
 {
     // At most 1.5 % of tilt and a metre of undulation; neither ridge nor ditch.
     double gx = 0, gy = 0;
-    rng.direction(gx, gy);
-    const double slope = rng.uniform(0.005, 0.015);
-    tiltX_ = gx * slope;
-    tiltY_ = gy * slope;
-    noiseSeed_ = rng.next();
-    hillAmplitude_ = rng.uniform(0.3, 0.8);
-    bumpAmplitude_ = rng.uniform(0.05, 0.15);
+    drawUndulation(rng, {0.005, 0.015}, {0.3, 0.8}, {0.05, 0.15}, gx, gy);
 }
 
 void Terrain::drawChannelled(Random& rng, double side)
@@ -104,13 +104,7 @@ void Terrain::drawMountainside(Random& rng, double side)
     // A mountainside of 22-31 degrees with spurs and hollows over a hundred metres, and one gully
     // running straight down it whose banks steepen the slope across it to 35-45 degrees.
     double gx = 0, gy = 0;
-    rng.direction(gx, gy);
-    const double slope = rng.uniform(0.4, 0.6);
-    tiltX_ = gx * slope;
-    tiltY_ = gy * slope;
-    noiseSeed_ = rng.next();
-    hillAmplitude_ = rng.uniform(4.0, 8.0);
-    bumpAmplitude_ = rng.uniform(0.3, 0.7);
+    drawUndulation(rng, {0.4, 0.6}, {4.0, 8.0}, {0.3, 0.7}, gx, gy);
 
     ditch_ = randomLine(rng, side);
     ditch_.dx = gx;

@@ -60,6 +60,14 @@ private:
     struct ProfileNode {
         double u, z;
     };
+    /// Bounds of a drawn value.
+    struct Range {
+        double low, high;
+    };
+    /// Draws the tilt (its rise per run within `slope`, its unit direction into gx, gy), the
+    /// noise seed and the amplitudes of the hills and of the bumps.
+    void drawUndulation(Random& rng, const Range& slope, const Range& hills, const Range& bumps, double& gx,
+                        double& gy);
     void drawRolling(Random& rng, double side);
     void drawGentle(Random& rng);
     void drawHillside(Random& rng, double side);
