@@ -85,7 +85,7 @@ public:
     /// The same, taking over records the caller no longer needs instead of copying them.
     bool setData(std::vector<VX_Point<T>>&& records);
     /// The host records, gathered first from the per-field arrays in that layout.
-    VX_Point<T>* getHostPoints(int& count) { return store.hostRecords(count); }
+    const VX_Point<T>* getHostPoints(int& count) const { return store.hostRecords(count); }
     bool syncToHost();
     void uploadPoints();
     bool decompose(double sx, double sy, double sz);

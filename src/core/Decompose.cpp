@@ -17,7 +17,6 @@ template <class T> bool ClassifierCore<T>::decompose(double sx, double sy, doubl
             std::to_string(sx) + " " + std::to_string(sy) + " " + std::to_string(sz));
         return false;
     }
-    store.deviceRecords.reset();
     grid.resetDevice(Records{});
     msg(0, "Standard decomposition");
     uploadPoints();

@@ -26,7 +26,13 @@ public:
 
     /// Calls f with the layout in use (Records{} or Fields{}).
     template <class F> decltype(auto) visit(F&& f) const { return e.store.visit(std::forward<F>(f)); }
-    template <class L> auto points(L layout) const { return e.store.points(layout); }
+    /// The point views of layout L. A step may write through them, so the backend arrays no
+    /// longer count as matching the host copy until the next download.
+    template <class L> auto points(L layout) const
+    {
+        e.store.deviceMatchesHost = false;
+        return e.store.points(layout);
+    }
     template <class L> auto index(L layout) const { return e.grid.index(layout); }
     template <class L> auto groups(L layout) const { return e.grid.groups(layout); }
     /// The grid's copy of the coordinates in sorted order for layout L (see OrderedXyz); empty

@@ -34,6 +34,9 @@ namespace {
 /// Points a staging block carries between the host records and one backend field array: the
 /// records are copied a block at a time, so a transfer costs no whole-cloud host array.
 constexpr std::size_t kStagingPoints = std::size_t{1} << 16;
+/// A block this full is copied into or out of the records by every host thread: the records'
+/// stride makes the copy memory-bound, and one core leaves most of the bandwidth unused.
+constexpr std::ptrdiff_t kParallelPoints = std::ptrdiff_t{1} << 14;
 
 /// Copies member `m` of every record into the backend array `out`, converted to its type.
 template <class F, class T, class M>
@@ -42,8 +45,9 @@ void uploadField(const std::vector<VX_Point<T>>& records, M VX_Point<T>::*m, con
     const std::size_t n = records.size();
     std::vector<F> block(std::min(n, kStagingPoints));
     for (std::size_t first = 0; first < n; first += block.size()) {
-        const std::size_t count = std::min(block.size(), n - first);
-        for (std::size_t i = 0; i < count; ++i)
+        const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(std::min(block.size(), n - first));
+#pragma omp parallel for schedule(static) if (count >= kParallelPoints)
+        for (std::ptrdiff_t i = 0; i < count; ++i)
             block[i] = static_cast<F>(records[first + i].*m);
         mem::upload(out.backend(), out.data() + first, block.data(), count * sizeof(F));
     }
@@ -62,9 +66,10 @@ struct Result {
     {
         std::vector<F> block(std::min(n, kStagingPoints));
         for (std::size_t first = 0; first < n; first += block.size()) {
-            const std::size_t count = std::min(block.size(), n - first);
+            const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(std::min(block.size(), n - first));
             mem::download(in.backend(), block.data(), in.data() + first, count * sizeof(F));
-            for (std::size_t i = 0; i < count; ++i)
+#pragma omp parallel for schedule(static) if (count >= kParallelPoints)
+            for (std::ptrdiff_t i = 0; i < count; ++i)
                 records[first + i].*m = static_cast<M>(block[i]);
         }
     }
@@ -76,10 +81,11 @@ template <class T> void PointStore<T>::assign(std::vector<VX_Point<T>>&& points)
 {
     records = std::move(points);
     returnCounts.clear();
+    deviceMatchesHost = false;
     ++generation;
 }
 
-template <class T> VX_Point<T>* PointStore<T>::hostRecords(int& n)
+template <class T> const VX_Point<T>* PointStore<T>::hostRecords(int& n) const
 {
     n = static_cast<int>(records.size());
     return records.data();
@@ -88,12 +94,16 @@ template <class T> VX_Point<T>* PointStore<T>::hostRecords(int& n)
 template <class T> void PointStore<T>::upload(Backend b)
 {
     const std::size_t n = records.size();
+    if (deviceMatchesHost && uploaded == generation && onDevice() && count == static_cast<int>(n) &&
+        (fieldsLayout ? deviceFields.x.backend() : deviceRecords.backend()) == b)
+        return;
     count = static_cast<int>(n);
     uploaded = generation;
     resetDevice();
     if (!fieldsLayout) {
         deviceRecords.allocate(b, n);
         deviceRecords.upload(records.data(), n);
+        deviceMatchesHost = true;
         return;
     }
     deviceFields.allocate(b, n);
@@ -102,6 +112,7 @@ template <class T> void PointStore<T>::upload(Backend b)
 #define VX_UPLOAD_FIELD(type, name, use) uploadField(records, &VX_Point<T>::name, deviceFields.name);
     VX_POINT_FIELDS(VX_UPLOAD_FIELD)
 #undef VX_UPLOAD_FIELD
+    deviceMatchesHost = true;
 }
 
 template <class T> void PointStore<T>::download()
@@ -112,6 +123,7 @@ template <class T> void PointStore<T>::download()
     const std::size_t n = static_cast<std::size_t>(count);
     if (deviceRecords) {
         downloadInto(records, deviceRecords, n);
+        deviceMatchesHost = true;
         return;
     }
     if (!deviceFields)
@@ -119,12 +131,14 @@ template <class T> void PointStore<T>::download()
 #define VX_DOWNLOAD_FIELD(type, name, use) use::back(records, &VX_Point<T>::name, deviceFields.name, n);
     VX_POINT_FIELDS(VX_DOWNLOAD_FIELD)
 #undef VX_DOWNLOAD_FIELD
+    deviceMatchesHost = true;
 }
 
 template <class T> void PointStore<T>::resetDevice()
 {
     deviceRecords.reset();
     deviceFields.reset();
+    deviceMatchesHost = false;
 }
 
 template <class T> void PointStore<T>::clear()

@@ -50,6 +50,10 @@ public:
     unsigned long long uploaded = 0;
     /// The layout steps run in; set_SoA chooses it.
     bool fieldsLayout = true;
+    /// Whether the backend arrays hold exactly what upload() would write into them: set by
+    /// upload() and download(), cleared when a step takes views it may write through and when
+    /// the arrays or the host copy change. A decomposition then finds the cloud already there.
+    bool deviceMatchesHost = false;
 
     /// Calls f with Records{} or Fields{} by the layout in use: the one place the layout is chosen.
     template <class F> decltype(auto) visit(F&& f) const
@@ -65,8 +69,9 @@ public:
     /// Replaces the host copy.
     void assign(std::vector<VX_Point<T>>&& points);
     /// The host records as of the last download().
-    VX_Point<T>* hostRecords(int& n);
-    /// Uploads the host copy into the arrays of the layout in use and drops those of the other.
+    const VX_Point<T>* hostRecords(int& n) const;
+    /// Uploads the host copy into the arrays of the layout in use and drops those of the other;
+    /// nothing to do while those arrays, on backend b, still match the host copy.
     void upload(Backend b);
     /// Brings the results held on the backend back into the host records: the whole records in
     /// that layout, the fields that steps write in the per-field one (coordinates keep the
