@@ -48,6 +48,9 @@ public:
     /// Iterative steps judge every point in every pass instead of the frontier of the last
     /// pass's changes; the classes are the same, so tests compare both ways with it.
     bool fullPasses = false;
+    /// The host backend runs kernels that read the classes they write in rounds, as the device
+    /// does, instead of its own pass; the classes are the same, so tests compare both ways with it.
+    bool roundsOnHost = false;
     void memoryInfo(std::size_t& freeBytes, std::size_t& totalBytes);
 
     // --- class slots and parameters ---

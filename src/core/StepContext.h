@@ -68,6 +68,9 @@ public:
 
     /// Whether iterative steps may judge only the frontier of the last pass's changes.
     bool frontierPasses() const { return !e.fullPasses; }
+    /// Whether kernels that read the classes they write run in rounds (see launchInPlace): on
+    /// the device always, on the host when a test asks for it.
+    bool inPlaceRounds() const { return e.backend() == Backend::Cuda || e.roundsOnHost; }
 
     /// Which cloud the store holds (see PointStore::generation).
     unsigned long long cloudGeneration() const { return e.store.generation; }

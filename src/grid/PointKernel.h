@@ -62,6 +62,13 @@ template <class T> VX_HD inline T normalCosine(T ax, T ay, T az, T lengthA, T bx
     return absOf(dot3(ax, ay, az, bx, by, bz)) / (lengthOf(bx, by, bz) * lengthA);
 }
 
+/// The classes a launch in rounds reads (see launchInPlace): the classes as the launch began and
+/// as the previous round left them, by point. Null outside such a launch.
+struct InPlaceClasses {
+    const int* start = nullptr;
+    const int* previous = nullptr;
+};
+
 /// The views of a kernel that runs one thread per position of the sorted index: points, index,
 /// cell runs, class table, grid and the number of positions. Kernels derive from it and stay
 /// trivially copyable aggregates: {{pts, itg, groups, allowed, grid, count}, own fields...}.
@@ -75,11 +82,24 @@ template <class T, class Points, class Index, class Groups> struct Neighbourhood
     /// The coordinates in sorted order when the step gathered them (see OrderedXyz); without
     /// them the accessors below read the store.
     OrderedXyz<typename Points::Real> ordered{};
+    /// Set by a launch in rounds; empty for a plain launch.
+    InPlaceClasses inPlace{};
 
     /// Coordinates of point q at sorted position j, the same values from either source.
     VX_HD typename Points::Real xOf(int q, int j) const { return ordered.xyz ? ordered.x(j) : pts.x(q); }
     VX_HD typename Points::Real yOf(int q, int j) const { return ordered.xyz ? ordered.y(j) : pts.y(q); }
     VX_HD typename Points::Real zOf(int q, int j) const { return ordered.xyz ? ordered.z(j) : pts.z(q); }
+
+    /// The class of neighbour q, at sorted position j, as the thread of position i is to see it:
+    /// what one ascending pass over the positions has left there by the time it reaches i. A plain
+    /// launch reads the store; a launch in rounds reads a neighbour before i as the previous
+    /// round left it and any other as the launch began.
+    VX_HD int classSeen(int q, int j, int i) const
+    {
+        if (!inPlace.start)
+            return pts.cls(q);
+        return j < i ? inPlace.previous[q] : inPlace.start[q];
+    }
 
     /// The point at sorted position i, or -1 past the end or when its class is not admitted.
     VX_HD int ownPoint(int i) const

@@ -6,6 +6,7 @@
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
 #include "steps/building/kernels.h"
+#include "steps/common/InPlaceLaunch.h"
 #include "steps/common/OrderedCoordinates.h"
 #include "steps/common/RemapClass.h"
 #include "steps/common/StepDrivers.h"
@@ -27,9 +28,15 @@ void runBuildingGrowthPasses(StepContext<T>& c, const LaunchConfig& cfg, bool re
             launch(cfg, n, kernel);
         c.checkDeviceError();
     };
+    // The growth rules read the classes that their own launch writes.
+    const auto grow = [&](const auto& kernel) {
+        if (ready)
+            launchInPlace(c, cfg, n, kernel);
+        c.checkDeviceError();
+    };
     const auto remap = [&](int from, int to) { run(k_remapClass<T, L>{views.pts, from, to}); };
     const auto update = [&](bool useGhostTest) {
-        run(k_updateBuilding<T, L>{views, par, useGhostTest});
+        grow(k_updateBuilding<T, L>{views, par, useGhostTest});
         remap(par.markClass, par.buildingClass);
     };
 
@@ -50,7 +57,7 @@ void runBuildingGrowthPasses(StepContext<T>& c, const LaunchConfig& cfg, bool re
         } else if (anyChange) {
             auto kernel = k_updateBuilding<T, L>{views, par, true};
             kernel.active = firstPass ? nullptr : active.data();
-            run(kernel);
+            grow(kernel);
             fillWith(changed.data(), cells, uint8_t{0});
             run(MarkCellsHolding<PointsOf<T, L>, IndexOf<L>>{views.pts, views.itg, par.markClass,
                                                              changed.data(), n});
@@ -68,11 +75,11 @@ void runBuildingGrowthPasses(StepContext<T>& c, const LaunchConfig& cfg, bool re
     remap(kBuildingCandidate, par.sourceClass);
     update(false);
 
-    run(k_completeBuilding<T, L>{views, par});
+    grow(k_completeBuilding<T, L>{views, par});
     remap(par.markClass, par.buildingClass);
 
     c.msg(3, "Details Height: ", par.detailsHeight);
-    run(k_closeBuilding<T, L>{views, par});
+    grow(k_closeBuilding<T, L>{views, par});
     remap(par.markClass, par.buildingClass);
     c.msg(2, "Building growth ended!");
 }

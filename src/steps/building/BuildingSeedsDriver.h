@@ -5,6 +5,7 @@
 #include "exec/Launch.h"
 #include "exec/Memory.h"
 #include "steps/building/kernels.h"
+#include "steps/common/InPlaceLaunch.h"
 #include "steps/common/OrderedCoordinates.h"
 #include "steps/common/StepDrivers.h"
 
@@ -20,7 +21,7 @@ template <class T> void runBuildingSeeds(StepContext<T>& c)
     if (ready)
         c.visit([&](auto layout) {
             orderedXyz(c, layout);
-            launch(cfg, n, k_initialBuildingFilter<T, decltype(layout)>{c.views(layout), par});
+            launchInPlace(c, cfg, n, k_initialBuildingFilter<T, decltype(layout)>{c.views(layout), par});
         });
     // Announced while the launch may still be running; the wait follows.
     c.msg(2, "ORDER", par.sourceClass);

@@ -70,7 +70,7 @@ struct InitialBuildingFilter : NeighbourhoodKernel<T, Points, Index, Groups> {
             const T qx = this->xOf(q, j), qy = this->yOf(q, j), qz = this->zOf(q, j);
             const T dx = px - qx, dy = py - qy, dz = pz - qz;
             const T plan2 = planSquared(dx, dy);
-            const int qc = this->pts.cls(q);
+            const int qc = this->classSeen(q, j, i);
             // Every ground point of the cells counts here, at any distance and of any class entry.
             if (qc == par.groundClass) {
                 if (dz < highestGroundGap)
@@ -165,7 +165,7 @@ struct UpdateBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
             const T dx = px - T(this->xOf(q, j)), dy = py - T(this->yOf(q, j)), dz = pz - T(this->zOf(q, j));
             const T plan2 = planSquared(dx, dy);
             const T d2 = plan2 + dz * dz;
-            const int qc = this->pts.cls(q);
+            const int qc = this->classSeen(q, j, i);
             if (plan2 < range2) {
                 if (qc == par.groundClass && plan2 < nearestGround2)
                     nearestGround2 = plan2;
@@ -223,7 +223,7 @@ struct CompleteBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
             const T plan2 = planSquared(dx, dy);
             if (!(plan2 < range2))
                 return;
-            const int qc = this->pts.cls(q);
+            const int qc = this->classSeen(q, j, i);
             if (!(this->allowed.admits(qc) || qc == par.buildingClass || qc == par.groundClass))
                 return;
             if (qc == par.buildingClass) {
@@ -268,7 +268,7 @@ struct CloseBuilding : NeighbourhoodKernel<T, Points, Index, Groups> {
             const T dx = px - T(this->xOf(q, j)), dy = py - T(this->yOf(q, j));
             const T plan2 = planSquared(dx, dy);
             const T height = pz - T(this->zOf(q, j));
-            const int qc = this->pts.cls(q);
+            const int qc = this->classSeen(q, j, i);
             if (plan2 < groundRange2 && qc == par.groundClass && double(height) < 0.4)
                 noLowGround = false;
             if (plan2 < groundRange2 && qc == par.buildingClass && height < par.detailsHeight)

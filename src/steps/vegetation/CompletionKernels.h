@@ -35,7 +35,7 @@ struct CompletePlants : NeighbourhoodKernel<T, Points, Index, Groups> {
             const T qx = this->xOf(q, j), qy = this->yOf(q, j), qz = this->zOf(q, j);
             if (!(planSquared(px - qx, py - qy) < range2))
                 return;
-            const int cls = this->pts.cls(q);
+            const int cls = this->classSeen(q, j, i);
             if (cls == p.groundClass) {
                 const T dz = pz - qz;
                 if (absOf(dz) < h)
@@ -132,7 +132,7 @@ struct CompletePlantsPhase2 : NeighbourhoodKernel<T, Points, Index, Groups> {
             const T d2 = plan2 + dz * dz;
             if (!(plan2 < range2))
                 return;
-            const int cls = this->pts.cls(q);
+            const int cls = this->classSeen(q, j, i);
             if (cls == p.groundClass) {
                 ground.offer(d2, this->pts, q);
                 if (dz < h)

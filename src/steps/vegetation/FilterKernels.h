@@ -36,7 +36,7 @@ struct FilterPlants : NeighbourhoodKernel<T, Points, Index, Groups> {
             const T qx = this->xOf(q, j), qy = this->yOf(q, j), qz = this->zOf(q, j);
             const T dz = pz - qz;
             const T plan2 = planSquared(px - qx, py - qy);
-            const int cls = this->pts.cls(q);
+            const int cls = this->classSeen(q, j, i);
             if (plan2 < range2 && cls == ground) {
                 groundSeen = true;
                 if (absOf(dz) < h)

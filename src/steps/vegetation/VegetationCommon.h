@@ -103,7 +103,7 @@ VX_HD inline void forEachVoterLoweringGround(const Kernel& k, int i, int self, c
     k.forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
         const T dz = pz - T(k.zOf(q, j));
         const T plan2 = planSquared(px - T(k.xOf(q, j)), py - T(k.yOf(q, j)));
-        const int cls = k.pts.cls(q);
+        const int cls = k.classSeen(q, j, i);
         if (plan2 < range2 && cls == p.groundClass && absOf(dz) < h)
             h = absOf(dz);
         if (!(plan2 + dz * dz < range2))

@@ -3,6 +3,7 @@
 
 #include "core/StepContext.h"
 #include "exec/Launch.h"
+#include "steps/common/InPlaceLaunch.h"
 #include "steps/common/OrderedCoordinates.h"
 #include "steps/common/StepDrivers.h"
 #include "steps/vegetation/kernels.h"
@@ -22,14 +23,14 @@ void runVegetationPasses(StepContext<T>& c, const LaunchConfig& cfg, bool ready,
     const int n = c.pointCount();
 
     if (ready)
-        launch(cfg, n, k_filterPlants<T, L>{views, p});
+        launchInPlace(c, cfg, n, k_filterPlants<T, L>{views, p});
     c.checkDeviceError();
 
     const int iterations = c.par().VegetationIterations;
     if (iterations > 0) {
         for (int i = 1; i <= iterations; ++i) {
             if (ready)
-                launch(cfg, n, k_iteratePlants<T, L>{views, p});
+                launchInPlace(c, cfg, n, k_iteratePlants<T, L>{views, p});
             c.checkDeviceError();
             c.msg(2, "Vegetation Iteration: ", i);
         }
@@ -37,18 +38,18 @@ void runVegetationPasses(StepContext<T>& c, const LaunchConfig& cfg, bool ready,
     if (iterations >= 1) {
         for (int i = 1; i <= iterations; ++i) {
             if (ready)
-                launch(cfg, n, k_IteratePlantsSecond<T, L>{views, p});
+                launchInPlace(c, cfg, n, k_IteratePlantsSecond<T, L>{views, p});
             c.checkDeviceError();
             c.msg(2, "Vegetation Iteration: ", i);
         }
     }
 
     if (ready)
-        launch(cfg, n, k_completePlants<T, L>{views, p});
+        launchInPlace(c, cfg, n, k_completePlants<T, L>{views, p});
     c.checkDeviceError();
     c.msg(2, "Ratio", c.par().VegetationRatio);
     if (ready)
-        launch(cfg, n, k_completePlantsPhase2<T, L>{views, p});
+        launchInPlace(c, cfg, n, k_completePlantsPhase2<T, L>{views, p});
     c.checkDeviceError();
     c.msg(2, "Vegetation complete!");
 }
