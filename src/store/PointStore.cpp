@@ -53,27 +53,17 @@ void uploadField(const std::vector<VX_Point<T>>& records, M VX_Point<T>::*m, con
     }
 }
 
-// What a field's value does on its way back to the records: results are copied, inputs stay.
+// Whether a field's value goes back to the records on download: results are copied, inputs stay.
 struct Input {
-    template <class F, class T, class M>
-    static void back(std::vector<VX_Point<T>>&, M VX_Point<T>::*, const Buffer<F>&, std::size_t)
-    {
-    }
+    static constexpr bool back = false;
 };
 struct Result {
-    template <class F, class T, class M>
-    static void back(std::vector<VX_Point<T>>& records, M VX_Point<T>::*m, const Buffer<F>& in, std::size_t n)
-    {
-        std::vector<F> block(std::min(n, kStagingPoints));
-        for (std::size_t first = 0; first < n; first += block.size()) {
-            const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(std::min(block.size(), n - first));
-            mem::download(in.backend(), block.data(), in.data() + first, count * sizeof(F));
-#pragma omp parallel for schedule(static) if (count >= kParallelPoints)
-            for (std::ptrdiff_t i = 0; i < count; ++i)
-                records[first + i].*m = static_cast<M>(block[i]);
-        }
-    }
+    static constexpr bool back = true;
 };
+
+/// Points of one download block: the result fields of a block are fetched first and then written
+/// into the records in one sweep, so the records' stride is walked once, not once a field.
+constexpr std::size_t kDownloadPoints = std::size_t{1} << 20;
 
 } // namespace
 
@@ -128,9 +118,29 @@ template <class T> void PointStore<T>::download()
     }
     if (!deviceFields)
         return;
-#define VX_DOWNLOAD_FIELD(type, name, use) use::back(records, &VX_Point<T>::name, deviceFields.name, n);
-    VX_POINT_FIELDS(VX_DOWNLOAD_FIELD)
-#undef VX_DOWNLOAD_FIELD
+    const std::size_t block = std::min(n, kDownloadPoints);
+#define VX_STAGE(type, name, use) std::vector<type> stage_##name(use::back ? block : 0);
+    VX_POINT_FIELDS(VX_STAGE)
+#undef VX_STAGE
+    for (std::size_t first = 0; first < n; first += block) {
+        const std::size_t count = std::min(block, n - first);
+#define VX_FETCH(type, name, use)                                                                            \
+    if (use::back)                                                                                           \
+        mem::download(deviceFields.name.backend(), stage_##name.data(), deviceFields.name.data() + first,    \
+                      count * sizeof(type));
+        VX_POINT_FIELDS(VX_FETCH)
+#undef VX_FETCH
+        VX_Point<T>* out = records.data() + first;
+        const auto points = static_cast<std::ptrdiff_t>(count);
+#pragma omp parallel for schedule(static) if (points >= kParallelPoints)
+        for (std::ptrdiff_t i = 0; i < points; ++i) {
+#define VX_STORE(type, name, use)                                                                            \
+    if (use::back)                                                                                           \
+        out[i].name = static_cast<decltype(out[i].name)>(stage_##name[i]);
+            VX_POINT_FIELDS(VX_STORE)
+#undef VX_STORE
+        }
+    }
     deviceMatchesHost = true;
 }
 
