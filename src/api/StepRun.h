@@ -4,6 +4,7 @@
 
 #include "core/ClassifierCore.h"
 #include "core/StepContext.h"
+#include "exec/HostThreads.h"
 #include "steps/common/StepDrivers.h"
 
 #include <string>
@@ -30,6 +31,7 @@ namespace vx::api {
 template <class T, class H, class C> void runOnBackend(ClassifierCore<T>& core, H hostFn, C cudaFn)
 {
     vx::StepContext<T> context(core);
+    const vx::HostThreadScope team(core.hostThreads);
 #ifdef VEXARO_HAVE_CUDA
     if (core.backend() == vx::Backend::Cuda)
         return cudaFn(context);

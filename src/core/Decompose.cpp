@@ -1,6 +1,7 @@
 // The decomposition as a step of the engine: upload from the host copy, then the backend core.
 #include "core/ClassifierCore.h"
 #include "core/DecompositionDrivers.h"
+#include "exec/HostThreads.h"
 
 #include <cmath>
 #include <string>
@@ -17,6 +18,7 @@ template <class T> bool ClassifierCore<T>::decompose(double sx, double sy, doubl
             std::to_string(sx) + " " + std::to_string(sy) + " " + std::to_string(sz));
         return false;
     }
+    const HostThreadScope team(hostThreads);
     grid.resetDevice(Records{});
     msg(0, "Standard decomposition");
     uploadPoints();

@@ -1,10 +1,12 @@
 // Moving the cloud between the host copy and the backend arrays, with the messages of the sync.
 #include "core/ClassifierCore.h"
+#include "exec/HostThreads.h"
 
 using namespace vx;
 
 template <class T> void ClassifierCore<T>::uploadPoints()
 {
+    const HostThreadScope team(hostThreads);
     store.upload(backend());
     if (store.fieldsLayout) {
         msg(0, "SoA decomposition");
@@ -18,6 +20,7 @@ template <class T> bool ClassifierCore<T>::syncToHost()
     msg(2, "Groups ", grid.groupCount);
     if (!store.anyOnDevice())
         return true; // nothing on the backend yet: the host copy stays as it is
+    const HostThreadScope team(hostThreads);
     if (store.fieldsLayout) {
         msg(0, "Soa sync");
         msg(0, "Copy");

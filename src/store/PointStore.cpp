@@ -61,10 +61,6 @@ struct Result {
     static constexpr bool back = true;
 };
 
-/// Points of one download block: the result fields of a block are fetched first and then written
-/// into the records in one sweep, so the records' stride is walked once, not once a field.
-constexpr std::size_t kDownloadPoints = std::size_t{1} << 20;
-
 } // namespace
 
 template <class T> void PointStore<T>::assign(std::vector<VX_Point<T>>&& points)
@@ -118,7 +114,9 @@ template <class T> void PointStore<T>::download()
     }
     if (!deviceFields)
         return;
-    const std::size_t block = std::min(n, kDownloadPoints);
+    // The result fields of a block are fetched first and then written into the records in one
+    // sweep, so the records' stride is walked once, not once a field.
+    const std::size_t block = std::min(n, kStagingPoints);
 #define VX_STAGE(type, name, use) std::vector<type> stage_##name(use::back ? block : 0);
     VX_POINT_FIELDS(VX_STAGE)
 #undef VX_STAGE
