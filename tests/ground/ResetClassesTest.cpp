@@ -1,4 +1,5 @@
 // Class reset: unconditional and near-class forms, admission, and its announcement line.
+#include "common/Probe.h"
 #include "ground/GroundTestSupport.h"
 
 using namespace vxtest;
@@ -74,6 +75,21 @@ template <class T> void onlyTheSurroundingCellsAreSearched(const Setting& s)
     EXPECT_EQ(classes(v), (std::vector<int>{4, 1, 7}));
 }
 
+template <class T> void laterPointsSeeTheResetOfEarlierOnes(const Setting& s, bool rounds)
+{
+    Vexaro<T> v;
+    // One cell, so the sorted order is the load order: the class 4 point is reset first, and the
+    // class 1 point after it no longer finds class 4 within range.
+    load<T>(v, s, {point<T>(0, 0, 0, 4), point<T>(T(0.5), 0, 0, 1)}, 10.0);
+    allow(v, {1, 4});
+    engine(v).roundsOnHost = rounds;
+    v.set_ResetOptionalRange(T(0.6));
+    v.set_ResetOptionalClass(4);
+    CaptureStdout out;
+    v.resetPointCloudClasses(7);
+    EXPECT_EQ(classes(v), (std::vector<int>{7, 1})) << (rounds ? "in rounds" : "one pass");
+}
+
 template <class T> void announcementLineAndMessages(const Setting& s)
 {
     Vexaro<T> v;
@@ -135,6 +151,14 @@ TEST_P(ResetClasses, OnlyTheSurroundingCellsAreSearched)
 {
     onlyTheSurroundingCellsAreSearched<float>(GetParam());
     onlyTheSurroundingCellsAreSearched<double>(GetParam());
+}
+
+TEST_P(ResetClasses, LaterPointsSeeTheResetOfEarlierOnesOnEveryBackend)
+{
+    for (bool rounds : {false, true}) {
+        laterPointsSeeTheResetOfEarlierOnes<float>(GetParam(), rounds);
+        laterPointsSeeTheResetOfEarlierOnes<double>(GetParam(), rounds);
+    }
 }
 
 TEST_P(ResetClasses, AnnouncementLineShowsTheLowBitsOfTheRange)

@@ -3,6 +3,7 @@
 
 #include "core/StepContext.h"
 #include "exec/Launch.h"
+#include "steps/common/InPlaceLaunch.h"
 #include "steps/common/StepDrivers.h"
 #include "steps/ground/kernels.h"
 
@@ -26,12 +27,17 @@ template <class T> void runResetClasses(StepContext<T>& c)
 {
     printResetLine(static_cast<double>(c.par().ResetOptionalRange), c.par().ResetOptionalClass);
     const LaunchConfig cfg = c.launchConfig(c.pointCount());
+    // With a range the reset reads the classes it writes (the optional class of its neighbours).
+    const bool readsNeighbours = c.par().ResetOptionalRange != 0;
     if (c.requireGrid())
         c.visit([&](auto layout) {
-            launch(cfg, c.pointCount(),
-                   k_resetClasses<T, decltype(layout)>{c.views(layout), c.slots().TargetClass,
-                                                       c.par().ResetOptionalRange,
-                                                       c.par().ResetOptionalClass});
+            const auto kernel =
+                k_resetClasses<T, decltype(layout)>{c.views(layout), c.slots().TargetClass,
+                                                    c.par().ResetOptionalRange, c.par().ResetOptionalClass};
+            if (readsNeighbours)
+                launchInPlace(c, cfg, c.pointCount(), kernel);
+            else
+                launch(cfg, c.pointCount(), kernel);
         });
     c.checkDeviceError();
     c.msg(2, "Classes Reset done!");

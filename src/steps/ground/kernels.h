@@ -26,10 +26,10 @@ struct ResetClasses : NeighbourhoodKernel<T, Points, Index, Groups> {
         const T px = this->pts.x(p), py = this->pts.y(p), pz = this->pts.z(p);
         const T range2 = range * range;
         bool matched = false;
-        this->forEachNeighbourOf(i, Visit{}, [&](int q, int, int) {
+        this->forEachNeighbourOf(i, Visit{}, [&](int q, int j, int) {
             const T d2 =
                 squaredDistance<T>(px - T(this->pts.x(q)), py - T(this->pts.y(q)), pz - T(this->pts.z(q)));
-            if (d2 < range2 && this->pts.cls(q) == optionalClass)
+            if (d2 < range2 && this->classSeen(q, j, i) == optionalClass)
                 matched = true;
         });
         if (matched)
