@@ -11,7 +11,7 @@ template <class T> void Vexaro<T>::loadDirectData(VX_Point<T>* points, int count
 template <class T> void Vexaro<T>::saveClassesToBuffer(short* buffer, int count)
 {
     int n = 0;
-    const VX_Point<T>* records = core->getHostPoints(n);
+    const VX_Point<T>* records = core->getHostPoints(n, vx::fieldMask(vx::kFieldBit_classification));
     if (n != count || (count > 0 && !buffer)) {
         facadeMessage(0, "Unexpected loss of data, point classes can't be saved");
         return;

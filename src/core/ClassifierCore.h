@@ -87,8 +87,12 @@ public:
     bool setData(const VX_Point<T>* points, int count);
     /// The same, taking over records the caller no longer needs instead of copying them.
     bool setData(std::vector<VX_Point<T>>&& records);
-    /// The host records, gathered first from the per-field arrays in that layout.
-    const VX_Point<T>* getHostPoints(int& count) const { return store.hostRecords(count); }
+    /// The host records, with at least `fields` (bits of PointFieldBit) brought up to date
+    /// from the backend first.
+    const VX_Point<T>* getHostPoints(int& count, unsigned fields = vx::kEveryField)
+    {
+        return store.hostRecords(count, fields);
+    }
     bool syncToHost();
     void uploadPoints();
     bool decompose(double sx, double sy, double sz);

@@ -25,7 +25,8 @@ template <class T> bool ClassifierCore<T>::syncToHost()
         msg(0, "Soa sync");
         msg(0, "Copy");
     }
-    store.download();
+    // The host copy catches up when it is read: steps in a row keep the cloud on the backend.
+    store.leaveResultsOnBackend();
     checkDeviceError();
     return true;
 }

@@ -68,13 +68,25 @@ template <class T> void PointStore<T>::assign(std::vector<VX_Point<T>>&& points)
     records = std::move(points);
     returnCounts.clear();
     deviceMatchesHost = false;
+    hostBehind = 0;
     ++generation;
 }
 
-template <class T> const VX_Point<T>* PointStore<T>::hostRecords(int& n) const
+template <class T> const VX_Point<T>* PointStore<T>::hostRecords(int& n, unsigned fields)
 {
+    if (hostBehind & fields)
+        download(fields);
     n = static_cast<int>(records.size());
     return records.data();
+}
+
+template <class T> void PointStore<T>::leaveResultsOnBackend()
+{
+    if (uploaded != generation || !onDevice())
+        return;
+    hostBehind = kEveryField;
+    // The arrays hold the newest values: a decomposition has nothing to upload.
+    deviceMatchesHost = true;
 }
 
 template <class T> void PointStore<T>::upload(Backend b)
@@ -101,7 +113,7 @@ template <class T> void PointStore<T>::upload(Backend b)
     deviceMatchesHost = true;
 }
 
-template <class T> void PointStore<T>::download()
+template <class T> void PointStore<T>::download(unsigned fields)
 {
     // Arrays uploaded from an earlier cloud carry nothing for the one held now.
     if (uploaded != generation)
@@ -110,20 +122,25 @@ template <class T> void PointStore<T>::download()
     if (deviceRecords) {
         downloadInto(records, deviceRecords, n);
         deviceMatchesHost = true;
+        hostBehind = 0;
         return;
     }
     if (!deviceFields)
         return;
+    const unsigned wanted = fields & hostBehind;
+    hostBehind &= ~wanted;
     // The result fields of a block are fetched first and then written into the records in one
     // sweep, so the records' stride is walked once, not once a field.
     const std::size_t block = std::min(n, kStagingPoints);
-#define VX_STAGE(type, name, use) std::vector<type> stage_##name(use::back ? block : 0);
+#define VX_STAGE(type, name, use)                                                                            \
+    const bool back_##name = use::back && (wanted & fieldMask(kFieldBit_##name)) != 0;                       \
+    std::vector<type> stage_##name(back_##name ? block : 0);
     VX_POINT_FIELDS(VX_STAGE)
 #undef VX_STAGE
     for (std::size_t first = 0; first < n; first += block) {
         const std::size_t count = std::min(block, n - first);
 #define VX_FETCH(type, name, use)                                                                            \
-    if (use::back)                                                                                           \
+    if (back_##name)                                                                                         \
         mem::download(deviceFields.name.backend(), stage_##name.data(), deviceFields.name.data() + first,    \
                       count * sizeof(type));
         VX_POINT_FIELDS(VX_FETCH)
@@ -133,7 +150,7 @@ template <class T> void PointStore<T>::download()
 #pragma omp parallel for schedule(static) if (points >= kParallelPoints)
         for (std::ptrdiff_t i = 0; i < points; ++i) {
 #define VX_STORE(type, name, use)                                                                            \
-    if (use::back)                                                                                           \
+    if (back_##name)                                                                                         \
         out[i].name = static_cast<decltype(out[i].name)>(stage_##name[i]);
             VX_POINT_FIELDS(VX_STORE)
 #undef VX_STORE
@@ -144,6 +161,10 @@ template <class T> void PointStore<T>::download()
 
 template <class T> void PointStore<T>::resetDevice()
 {
+    // Results left on the backend come back before their arrays go.
+    if (hostBehind)
+        download();
+    hostBehind = 0;
     deviceRecords.reset();
     deviceFields.reset();
     deviceMatchesHost = false;
@@ -151,6 +172,7 @@ template <class T> void PointStore<T>::resetDevice()
 
 template <class T> void PointStore<T>::clear()
 {
+    hostBehind = 0;
     resetDevice();
     records = {};
     returnCounts = {};

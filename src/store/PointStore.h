@@ -29,6 +29,18 @@ struct DeviceFields {
     }
 };
 
+/// One bit per field of the field list, in its order, for the fields a host read asks for.
+enum PointFieldBit : unsigned {
+#define VX_FIELD_BIT(type, name, use) kFieldBit_##name,
+    VX_POINT_FIELDS(VX_FIELD_BIT)
+#undef VX_FIELD_BIT
+};
+constexpr unsigned fieldMask(PointFieldBit bit)
+{
+    return 1u << bit;
+}
+constexpr unsigned kEveryField = ~0u;
+
 template <class T> class PointStore {
 public:
     /// The host copy as records: the exchange form and the layout-independent reference. Results
@@ -50,10 +62,15 @@ public:
     unsigned long long uploaded = 0;
     /// The layout steps run in; set_SoA chooses it.
     bool fieldsLayout = true;
-    /// Whether the backend arrays hold exactly what upload() would write into them: set by
-    /// upload() and download(), cleared when a step takes views it may write through and when
-    /// the arrays or the host copy change. A decomposition then finds the cloud already there.
+    /// Whether the backend arrays need no upload: they hold what upload() would write, or newer
+    /// results that the host copy lacks (hostBehind). Set by upload(), download() and a sync,
+    /// cleared when a step takes views it may write through and when the arrays or the host
+    /// copy change. A decomposition then finds the cloud already there.
     bool deviceMatchesHost = false;
+    /// Fields whose newest values the backend arrays hold and the host records do not yet
+    /// (bits of PointFieldBit): a sync leaves the results there, and a read of the host copy
+    /// brings back what it asks for. The backend arrays are never dropped while any is left.
+    unsigned hostBehind = 0;
 
     /// Calls f with Records{} or Fields{} by the layout in use: the one place the layout is chosen.
     template <class F> decltype(auto) visit(F&& f) const
@@ -68,15 +85,18 @@ public:
 
     /// Replaces the host copy.
     void assign(std::vector<VX_Point<T>>&& points);
-    /// The host records as of the last download().
-    const VX_Point<T>* hostRecords(int& n) const;
+    /// The host records, with at least `fields` brought up to the backend's values first.
+    const VX_Point<T>* hostRecords(int& n, unsigned fields = kEveryField);
     /// Uploads the host copy into the arrays of the layout in use and drops those of the other;
     /// nothing to do while those arrays, on backend b, still match the host copy.
     void upload(Backend b);
     /// Brings the results held on the backend back into the host records: the whole records in
     /// that layout, the fields that steps write in the per-field one (coordinates keep the
-    /// records' reference values).
-    void download();
+    /// records' reference values). Per field, only those of `fields` that the host lacks.
+    void download(unsigned fields = kEveryField);
+    /// Marks every result as held by the backend arrays alone: the end of a step's sync. The
+    /// host copy catches up when it is read (hostRecords) or the arrays are dropped.
+    void leaveResultsOnBackend();
     /// Drops the backend arrays.
     void resetDevice();
     /// Drops everything, host copy included.
