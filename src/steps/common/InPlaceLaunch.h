@@ -75,12 +75,12 @@ template <class K> struct AtActiveCells {
 /// always has, blocks of positions side by side (a round costs more there than the few points
 /// that the threads' order changes).
 ///
-/// The device runs in rounds, each from the classes as the launch began: a thread
-/// reads a neighbour before it in the order as the previous round left it, and any other as the
-/// launch began, and the rounds end when one changes nothing. The first position reads nothing
-/// that changes and is final after the first round; a later one is final one round after the
-/// last earlier position it reads, so the rounds end with the classes of the ascending pass.
-/// After the first round only the points of cells whose block held a change are judged again
+/// The device runs in rounds, each from the classes as the launch began: a thread reads a
+/// neighbour before it in the order as the previous round left it, and any other as the launch
+/// began, and the rounds end when one changes nothing. The first position reads nothing that
+/// changes and is final after the first round; a later one is final one round after the last
+/// earlier position it reads, so the rounds end with the classes of the ascending pass. After
+/// the first round only the points of cells whose block held a change are judged again
 /// (grid/Frontier.h): the others would read what they read before. Returns the rounds.
 template <class T, class K> int launchInPlace(StepContext<T>& c, const LaunchConfig& cfg, int n, K k)
 {
