@@ -12,19 +12,32 @@
 
 namespace vx {
 
-/// changed[cell of sorted position i] = 1 where the point there holds `cls` (every writer writes
-/// the same value, so threads may race).
-template <class Points, class Index> struct MarkCellsHolding {
-    Points pts;
+/// changed[cell of sorted position i] = 1 where the point there satisfies `marks` (every writer
+/// writes the same value, so threads may race).
+template <class Index, class Marks> struct MarkCells {
     Index itg;
-    int cls;
+    Marks marks;
     uint8_t* changed;
     int count;
     VX_HD void operator()(int i) const
     {
-        if (i < count && pts.cls(itg.pointIndex(i)) == cls)
+        if (i < count && marks(itg.pointIndex(i)))
             changed[itg.group(i)] = 1;
     }
+};
+
+/// Point p holds class `cls`.
+template <class Points> struct HoldsClass {
+    Points pts;
+    int cls;
+    VX_HD bool operator()(int p) const { return pts.cls(p) == cls; }
+};
+
+/// Point p has another class in `latest` than in `before`.
+struct ClassChanged {
+    const int* latest;
+    const int* before;
+    VX_HD bool operator()(int p) const { return latest[p] != before[p]; }
 };
 
 /// active[g] = 1 when a cell of the block around g (the cells forEachNeighbour visits) changed.

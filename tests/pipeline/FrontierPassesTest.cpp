@@ -5,11 +5,10 @@
 #include "common/TestSupport.h"
 
 #include "Pipeline.h"
-#include "scene/Scene.h"
+#include "WrittenScene.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -23,11 +22,7 @@ std::string generatedScene()
         vx::scene::SceneOptions options;
         options.seed = 2;
         options.targetPoints = 60000;
-        const auto folder = std::filesystem::path(VEXARO_BINARY_DIR) / "frontier-passes";
-        std::filesystem::create_directories(folder);
-        const std::string out = (folder / "scene.las").string();
-        vx::scene::writeSceneLas(vx::scene::generateScene(options), out, "");
-        return out;
+        return pipelinetest::writtenScene("frontier-passes", "scene", options);
     }();
     return path;
 }

@@ -6,11 +6,10 @@
 #include "common/TestSupport.h"
 
 #include "Pipeline.h"
-#include "scene/Scene.h"
+#include "WrittenScene.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -25,11 +24,7 @@ std::string forestScene()
         options.kind = vx::scene::SceneKind::Forest;
         options.density = 4;
         options.targetPoints = 30000;
-        const auto folder = std::filesystem::path(VEXARO_BINARY_DIR) / "in-place-rounds";
-        std::filesystem::create_directories(folder);
-        const std::string out = (folder / "forest.las").string();
-        vx::scene::writeSceneLas(vx::scene::generateScene(options), out, "");
-        return out;
+        return pipelinetest::writtenScene("in-place-rounds", "forest", options);
     }();
     return path;
 }

@@ -59,8 +59,8 @@ void runBuildingGrowthPasses(StepContext<T>& c, const LaunchConfig& cfg, bool re
             kernel.active = firstPass ? nullptr : active.data();
             grow(kernel);
             fillWith(changed.data(), cells, uint8_t{0});
-            run(MarkCellsHolding<PointsOf<T, L>, IndexOf<L>>{views.pts, views.itg, par.markClass,
-                                                             changed.data(), n});
+            run(MarkCells<IndexOf<L>, HoldsClass<PointsOf<T, L>>>{
+                views.itg, {views.pts, par.markClass}, changed.data(), n});
             remap(par.markClass, par.buildingClass);
             anyChange = countIf(changed.data(), cells, IsSet{}) > 0;
             if (anyChange)

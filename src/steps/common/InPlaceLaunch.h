@@ -7,6 +7,7 @@
 #include "exec/Algorithms.h"
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
+#include "exec/Memory.h"
 #include "grid/Frontier.h"
 
 #include <cstdint>
@@ -36,24 +37,6 @@ template <class Points, class Index> struct ClassesForRound {
             return;
         const int p = itg.pointIndex(i);
         pts.setCls(p, active[itg.group(i)] ? start[p] : last[p]);
-    }
-};
-
-/// changed[cell of sorted position i] = 1 where the point there changed between two rounds
-/// (every writer writes the same value, so threads may race).
-template <class Index> struct MarkChangedCells {
-    Index itg;
-    const int* latest;
-    const int* before;
-    uint8_t* changed;
-    int count;
-    VX_HD void operator()(int i) const
-    {
-        if (i >= count)
-            return;
-        const int p = itg.pointIndex(i);
-        if (latest[p] != before[p])
-            changed[itg.group(i)] = 1;
     }
 };
 
@@ -99,7 +82,7 @@ template <class T, class K> int launchInPlace(StepContext<T>& c, const LaunchCon
     using Points = decltype(k.pts);
     using Index = decltype(k.itg);
     launch(perPoint, points, ClassesOut<Points>{k.pts, start.data()});
-    launch(perPoint, points, ClassesOut<Points>{k.pts, previous.data()});
+    mem::copy(c.backend(), previous.data(), start.data(), size * sizeof(int));
     k.inPlace = {start.data(), previous.data()};
     launch(cfg, n, k);
     // Position by position the rounds settle, so n + 1 rounds always end them.
@@ -108,7 +91,7 @@ template <class T, class K> int launchInPlace(StepContext<T>& c, const LaunchCon
         launch(perPoint, points, ClassesOut<Points>{k.pts, latest.data()});
         fillWith(changed.data(), cells, uint8_t{0});
         launch(perPoint, points,
-               MarkChangedCells<Index>{k.itg, latest.data(), previous.data(), changed.data(), n});
+               MarkCells<Index, ClassChanged>{k.itg, {latest.data(), previous.data()}, changed.data(), n});
         std::swap(previous, latest);
         if (countIf(changed.data(), cells, IsSet{}) == 0)
             break;
