@@ -218,6 +218,23 @@ public:
     /// Gives the loaded cloud the number of returns of each point's pulse, in the order of the
     /// points (loadLASFile takes them from the file).
     void loadReturnCountsFromBuffer(const int* numberOfReturns, int count);
+    /// Gives waterClass to the points of groundClass that lie on water. Water reflects little of
+    /// an infrared pulse back to the sensor: its returns are dark, sparse (many pulses give none),
+    /// single and level. Square cells of WaterCellSize are water cells when at least 90 % of
+    /// their points are of groundClass, at least WaterSingleShare of those come from
+    /// single-return pulses, and their mean intensity is below WaterDarkRatio times the median
+    /// intensity of all points of groundClass. Water cells that touch (diagonals included) form
+    /// a body, which is water when it covers at least WaterMinSize squared and ten cells, holds fewer points
+    /// a cell than WaterSparseRatio times a typical cell's (the median over all points of the number of
+    /// points in their cell), and its cells' lowest ground spans at most WaterRelief (5th to 95th
+    /// percentile). Dark roads and roofs are as dense as their surroundings; bright gaps between flight lines
+    /// are not dark. Needs the intensities and return counts of the loaded LAS file (or of
+    /// loadIntensitiesFromBuffer and loadReturnCountsFromBuffer) and a decomposition; does nothing, with a
+    /// message, when the intensities of the ground are all the same (a file without intensities).
+    void classifyWater(int groundClass, int waterClass);
+    /// Gives the loaded cloud the intensity of each point's return, 0 to 65535, in the order of
+    /// the points (loadLASFile takes them from the file).
+    void loadIntensitiesFromBuffer(const int* intensities, int count);
     /// saveLASFile, and with withHeightAboveGround the heights of computeHeightAboveGround as the
     /// extra-bytes dimension "HeightAboveGround" (float, 4 more bytes a record; NaN where none).
     void saveLASFile(std::string fileName, bool withHeightAboveGround);

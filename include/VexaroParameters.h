@@ -165,7 +165,19 @@
     X(EchoRoughness, EchoRoughness, Height, 0.5, "m", 0, 1000, "roofs by echoes", RoofEchoes, 0,             \
       "largest RMS distance of the raised neighbours from their best-fitting plane")                         \
     X(EchoGrowthShare, EchoGrowthShare, Ratio, 0.5, "", 0, 1, "roofs by echoes", RoofEchoes, 0,              \
-      "least share of building points among the raised neighbours of a point the roof growth takes")
+      "least share of building points among the raised neighbours of a point the roof growth takes")         \
+    X(WaterCellSize, WaterCellSize, Length, 2.0, "m", 0.001, 1000, "water", Water, 0,                        \
+      "edge of the square cells whose points the water search counts")                                       \
+    X(WaterDarkRatio, WaterDarkRatio, Ratio, 0.5, "", 0, 1, "water", Water, 0,                               \
+      "a water cell's ground returns average below this share of the median intensity of all ground")        \
+    X(WaterSparseRatio, WaterSparseRatio, Ratio, 0.5, "", 0, 1, "water", Water, 0,                           \
+      "a water body holds fewer points a cell than this share of the points of a typical cell")              \
+    X(WaterSingleShare, WaterSingleShare, Ratio, 0.9, "", 0, 1, "water", Water, 0,                           \
+      "least share of single-return pulses among a water cell's ground points")                              \
+    X(WaterMinSize, WaterMinSize, Length, 10.0, "m", 0, 100000, "water", Water, 0,                           \
+      "least area of a water body, as the side of a square of that area")                                    \
+    X(WaterRelief, WaterRelief, Height, 1.0, "m", 0, 1000, "water", Water, 0,                                \
+      "largest height span of a water body (5th to 95th percentile of its cells' lowest ground)")
 
 // The C++ type of each kind: VEXARO_PARAMETER_TYPE_<Kind> is what the engine stores and get_
 // returns, VEXARO_PARAMETER_ARG_<Kind> what set_ takes. T is the precision of Vexaro<T>.
@@ -208,6 +220,7 @@ enum ParameterStep : unsigned {
     RoofEchoes = 1u << 11,        ///< classifyRoofsByEchoes, growRoofsByEchoes
     SteepGround = 1u << 12,       ///< classifySteepGround
     Bumps = 1u << 13,             ///< classifyGroundBumps
+    Water = 1u << 14,             ///< classifyWater
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

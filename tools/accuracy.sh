@@ -58,7 +58,7 @@ scenes=(
     "hall 4" "hall 10"
     "terraces 2" "terraces 10"
     "forest 1" "forest 10"
-    "mountain-forest 0.2" "mountain-forest 4" "bridges 4"
+    "mountain-forest 0.2" "mountain-forest 4" "bridges 4" "river 4"
     "town 10 stray"
     "terraces 4 seed2" "forest 0.5 seed2" "town 0.3 seed3"
 )

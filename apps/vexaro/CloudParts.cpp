@@ -172,14 +172,16 @@ std::vector<int> classifyParts(Vexaro<T>& v, vx::las::LasFile& file, const Cloud
         }
         const double centre[3] = {0.5 * (lo[0] + hi[0]), 0.5 * (lo[1] + hi[1]), 0.5 * (lo[2] + hi[2])};
         std::vector<VX_Point<T>> points;
-        std::vector<int> returns;
+        PulseValues pulses;
         points.reserve(part.size());
-        returns.reserve(part.size());
+        pulses.returnCounts.reserve(part.size());
+        pulses.intensities.reserve(part.size());
         for (std::size_t i : part) {
             points.push_back(record<T>(file, i, centre));
-            returns.push_back(file.numberOfReturns(i));
+            pulses.returnCounts.push_back(file.numberOfReturns(i));
+            pulses.intensities.push_back(file.intensity(i));
         }
-        runPipelineOnPoints(v, points, returns, partOptions, progress);
+        runPipelineOnPoints(v, points, pulses, partOptions, progress);
         partOptions.recommendedParameters = false; // applied once, to the parameters v keeps
         const std::vector<int> partClasses = currentClasses(v);
         for (std::size_t j = 0; j < part.size(); ++j)

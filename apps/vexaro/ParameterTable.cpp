@@ -113,6 +113,13 @@ const std::vector<Entry>& table()
               nullptr,
               [](PipelineOptions& o, double x) { o.bridgeDeckClass = static_cast<int>(x); },
               Limit::NonNegative},
+        Entry{{"WaterClass", ValueKind::Integer, "pipeline",
+               "class of the ground on water (dark, sparse, single and level returns): 9 (water, default), "
+               "or 0 to leave it ground"},
+              nullptr,
+              nullptr,
+              [](PipelineOptions& o, double x) { o.waterClass = static_cast<int>(x); },
+              Limit::NonNegative},
         Entry{{"GridCellSize", ValueKind::Real, "pipeline",
                "column edge of the ground, building and vegetation steps (0: largest range)"},
               nullptr,

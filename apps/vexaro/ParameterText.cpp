@@ -73,6 +73,7 @@ std::string parameterStepsText(const vexaro::ParameterInfo& p)
         {vexaro::RoofEchoes, "classifyRoofsByEchoes, growRoofsByEchoes, growVegetationByEchoes"},
         {vexaro::SteepGround, "classifySteepGround"},
         {vexaro::Bumps, "classifyGroundBumps"},
+        {vexaro::Water, "classifyWater"},
     };
     std::string out;
     for (const auto& s : steps)

@@ -288,8 +288,11 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
     }
 
     // Shape classes that no step claimed are plain unclassified points in the output; high noise
-    // takes its class.
+    // takes its class. Water is judged on the final ground, whose returns it is, once no later
+    // step needs that ground under the points beside it.
     step.run("final classes", "unclassified", {kUnclassified}, [&] {
+        if (options.terrainGround && options.waterClass > 0)
+            v.classifyWater(kGround, options.waterClass);
         setAllowed(v, admit({kPlanar, kScatter, kLinear, kGrowthMark, kCandidateMark}));
         v.resetPointCloudClasses(kUnclassified);
         setAllowed(v, admit({kHighNoiseMark}));
@@ -302,10 +305,10 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
 namespace {
 
 /// The points of `file` as loadLASFile gives them to the engine (coordinates centred on the
-/// header's bounding box, classes and last-return flags of the records, no normals), and the
-/// number of returns of each point's pulse. The same centring gives the same classes.
+/// header's bounding box, classes and last-return flags of the records, no normals), and their
+/// pulse values. The same centring gives the same classes.
 template <class T>
-void pointsOfFile(const vx::las::LasFile& file, std::vector<VX_Point<T>>& points, std::vector<int>& returns)
+void pointsOfFile(const vx::las::LasFile& file, std::vector<VX_Point<T>>& points, PulseValues& pulses)
 {
     const auto& h = file.header();
     const std::size_t n = std::min<std::size_t>(h.pointCount, file.size());
@@ -313,7 +316,8 @@ void pointsOfFile(const vx::las::LasFile& file, std::vector<VX_Point<T>>& points
     for (int a = 0; a < 3; ++a)
         offset[a] = (h.maxBound[a] - h.minBound[a]) * 0.5;
     points.assign(n, VX_Point<T>{});
-    returns.resize(n);
+    pulses.returnCounts.resize(n);
+    pulses.intensities.resize(n);
     for (std::size_t i = 0; i < n; ++i) {
         auto& p = points[i];
         p.x = static_cast<T>((file.x(i) - h.minBound[0]) - offset[0]);
@@ -321,7 +325,21 @@ void pointsOfFile(const vx::las::LasFile& file, std::vector<VX_Point<T>>& points
         p.z = static_cast<T>((file.z(i) - h.minBound[2]) - offset[2]);
         p.classification = file.classification(i);
         p.lastReturn = file.returnNumber(i) == file.numberOfReturns(i) ? 1 : 0;
-        returns[i] = file.numberOfReturns(i);
+        pulses.returnCounts[i] = file.numberOfReturns(i);
+        pulses.intensities[i] = file.intensity(i);
+    }
+}
+
+/// Loads the points and their pulse values into v.
+template <class T>
+void loadPointsWithPulses(Vexaro<T>& v, std::vector<VX_Point<T>>& points, const PulseValues& pulses)
+{
+    const int n = static_cast<int>(points.size());
+    v.loadDirectData(points.data(), n);
+    if (n > 0 && v.pointCount() == n) {
+        v.loadReturnCountsFromBuffer(pulses.returnCounts.data(),
+                                     static_cast<int>(pulses.returnCounts.size()));
+        v.loadIntensitiesFromBuffer(pulses.intensities.data(), static_cast<int>(pulses.intensities.size()));
     }
 }
 
@@ -330,11 +348,9 @@ void pointsOfFile(const vx::las::LasFile& file, std::vector<VX_Point<T>>& points
 template <class T> void loadPoints(Vexaro<T>& v, const std::string& input)
 {
     std::vector<VX_Point<T>> points;
-    std::vector<int> returns;
-    pointsOfFile(vx::las::LasFile::read(input), points, returns);
-    v.loadDirectData(points.data(), static_cast<int>(points.size()));
-    if (!points.empty() && v.pointCount() == static_cast<int>(points.size()))
-        v.loadReturnCountsFromBuffer(returns.data(), static_cast<int>(returns.size()));
+    PulseValues pulses;
+    pointsOfFile(vx::las::LasFile::read(input), points, pulses);
+    loadPointsWithPulses(v, points, pulses);
 }
 
 /// Writes `input` again as options.output with the classes of v, byte for byte what saveLASFile
@@ -411,16 +427,13 @@ std::vector<int> runPipeline(Vexaro<T>& v, const std::string& input, const Pipel
 }
 
 template <class T>
-void runPipelineOnPoints(Vexaro<T>& v, std::vector<VX_Point<T>>& points, const std::vector<int>& returnCounts,
+void runPipelineOnPoints(Vexaro<T>& v, std::vector<VX_Point<T>>& points, const PulseValues& pulses,
                          const PipelineOptions& options, const ProgressFn& progress)
 {
     StepRunner<T> step(v, 11, progress);
     if (options.recommendedParameters)
         applyRecommendedParameters(v);
-    step.run("load", "", {}, [&] {
-        v.loadDirectData(points.data(), static_cast<int>(points.size()));
-        v.loadReturnCountsFromBuffer(returnCounts.data(), static_cast<int>(returnCounts.size()));
-    });
+    step.run("load", "", {}, [&] { loadPointsWithPulses(v, points, pulses); });
     if (v.pointCount() < 2)
         throw std::runtime_error("a part of fewer than two points; nothing to classify");
     classifySteps(v, options, step);
@@ -430,10 +443,10 @@ template std::vector<int> runPipeline<float>(Vexaro<float>&, const std::string&,
                                              const ProgressFn&);
 template std::vector<int> runPipeline<double>(Vexaro<double>&, const std::string&, const PipelineOptions&,
                                               const ProgressFn&);
-template void runPipelineOnPoints<float>(Vexaro<float>&, std::vector<VX_Point<float>>&,
-                                         const std::vector<int>&, const PipelineOptions&, const ProgressFn&);
-template void runPipelineOnPoints<double>(Vexaro<double>&, std::vector<VX_Point<double>>&,
-                                          const std::vector<int>&, const PipelineOptions&, const ProgressFn&);
+template void runPipelineOnPoints<float>(Vexaro<float>&, std::vector<VX_Point<float>>&, const PulseValues&,
+                                         const PipelineOptions&, const ProgressFn&);
+template void runPipelineOnPoints<double>(Vexaro<double>&, std::vector<VX_Point<double>>&, const PulseValues&,
+                                          const PipelineOptions&, const ProgressFn&);
 template void applyRecommendedParameters<float>(Vexaro<float>&);
 template void applyRecommendedParameters<double>(Vexaro<double>&);
 template std::vector<int> currentClasses<float>(Vexaro<float>&);

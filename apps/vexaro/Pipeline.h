@@ -21,6 +21,7 @@ constexpr int kMediumVegetation = 4;
 constexpr int kHighVegetation = 5;
 constexpr int kBuilding = 6;
 constexpr int kLowPoint = 7;
+constexpr int kWater = 9;
 constexpr int kBridgeDeck = 17;
 constexpr int kPlanar = 10;  ///< the library's default NeighbourPlaneClass: roofs and ground
 constexpr int kScatter = 11; ///< the library's fixed ChaosClass: what the vegetation step calls chaotic
@@ -58,6 +59,9 @@ struct PipelineOptions {
     /// Class of the bridge decks that the terrain step finds (17, "bridge deck"); 0 leaves them
     /// to the later steps.
     int bridgeDeckClass = cls::kBridgeDeck;
+    /// Class of the ground on water (classifyWater: dark, sparse, single and level returns); 0
+    /// leaves it ground.
+    int waterClass = cls::kWater;
     /// Write each point's height above the final ground into output as the extra-bytes
     /// dimension HeightAboveGround (computed just before saving when the run has none).
     bool writeHeightAboveGround = false;
@@ -107,10 +111,16 @@ template <class T>
 std::vector<int> runPipeline(Vexaro<T>& v, const std::string& input, const PipelineOptions& options,
                              const ProgressFn& progress);
 
-/// runPipeline on points given rather than a file (a part of one; see CloudParts.h), with the
-/// number of returns of each point's pulse; writes nothing, whatever options.output says.
+/// What a cloud brings beside its points, one a point: the number of returns of the point's pulse
+/// and the intensity of its return.
+struct PulseValues {
+    std::vector<int> returnCounts, intensities;
+};
+
+/// runPipeline on points given rather than a file (a part of one; see CloudParts.h), with their
+/// pulse values; writes nothing, whatever options.output says.
 template <class T>
-void runPipelineOnPoints(Vexaro<T>& v, std::vector<VX_Point<T>>& points, const std::vector<int>& returnCounts,
+void runPipelineOnPoints(Vexaro<T>& v, std::vector<VX_Point<T>>& points, const PulseValues& pulses,
                          const PipelineOptions& options, const ProgressFn& progress);
 
 /// The column edge used for the later steps (options.gridCellSize or v's rangeGridCellSize()).

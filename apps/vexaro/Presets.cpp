@@ -158,6 +158,12 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
            "0.5 m, the widest ground distance: ground clearly above and clearly below");
     height("SteepGroundRelief", 5.0,
            "5 m: higher than garden and retaining walls, the faces of cliffs and banks");
+    length("WaterCellSize", 4.0 * all,
+           "4 x spacing: some 16 points in a cell of typical density, few enough to tell a sparse cell");
+    length("WaterMinSize", 10.0,
+           "10 m: a body of water of 100 m^2 at least, wider than a puddle, a dark roof or a patch of wet "
+           "ground");
+    height("WaterRelief", 1.0, "1 m: waves and the noise of sparse returns; a still surface is level");
     length("HeightAboveGroundCellSize", std::max(1.0, 1.5 * last), "1.5 x last-return spacing, at least 1 m");
 
     const double normal = std::max(1.5, 2.5 * all);

@@ -54,8 +54,8 @@ int sceneCommand(const Arguments& arguments)
             const std::string name = args.value(t);
             if (!vx::scene::parseSceneKind(name, options.kind))
                 throw UsageError(
-                    "--kind takes town, hall, terraces, forest, mountain-forest or bridges, not '" + name +
-                    "'");
+                    "--kind takes town, hall, terraces, forest, mountain-forest, bridges or river, not '" +
+                    name + "'");
         } else if (t == "--units") {
             const std::string name = args.value(t);
             if (!vx::scene::parseSceneUnits(name, options.units))

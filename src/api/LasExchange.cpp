@@ -50,6 +50,7 @@ template <class T> void Vexaro<T>::loadLASFile(std::string fileName)
     facadeMessage(4, "Offset Z: ", toText(offZ));
     std::vector<VX_Point<T>> records(count);
     std::vector<uint8_t> returnCounts(count);
+    std::vector<uint16_t> intensities(count);
     for (std::size_t i = 0; i < count; ++i) {
         auto& r = records[i];
         r.x = static_cast<T>((file->x(i) - h.minBound[0]) - offX);
@@ -60,10 +61,13 @@ template <class T> void Vexaro<T>::loadLASFile(std::string fileName)
         r.classification = file->classification(i);
         r.lastReturn = file->returnNumber(i) == file->numberOfReturns(i) ? 1 : 0;
         returnCounts[i] = static_cast<uint8_t>(file->numberOfReturns(i));
+        intensities[i] = file->intensity(i);
     }
     facadeMessage(3, "Syncing LAS data");
-    if (core->setData(std::move(records)))
+    if (core->setData(std::move(records))) {
         core->store.returnCounts = std::move(returnCounts);
+        core->store.intensities = std::move(intensities);
+    }
 }
 
 template <class T> void Vexaro<T>::saveLASFile(std::string fileName)

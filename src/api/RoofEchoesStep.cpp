@@ -1,5 +1,4 @@
-// The roof test and the growths by echoes of the facade, and the return counts it reads for clouds that come
-// from buffers rather than LAS files.
+// The roof test and the growths by echoes of the facade.
 #include "api/StepRun.h"
 
 template <class T> void Vexaro<T>::classifyRoofsByEchoes(int buildingClass)
@@ -28,27 +27,6 @@ template <class T> void Vexaro<T>::growVegetationByEchoes(int lowClass, int medi
     runStep("both", [&] { VX_STEP(runVegetationGrowth, runVegetationGrowth); });
 }
 
-template <class T> void Vexaro<T>::loadReturnCountsFromBuffer(const int* numberOfReturns, int count)
-{
-    const auto n = core->store.records.size();
-    if (!core->dataLoaded || count < 0 || static_cast<std::size_t>(count) != n ||
-        (count > 0 && !numberOfReturns)) {
-        facadeMessage(0, "ERROR! Return counts must come one a point of the loaded cloud; none kept. Given:",
-                      vx::toText(count));
-        return;
-    }
-    std::vector<uint8_t> counts(n);
-    for (std::size_t i = 0; i < n; ++i) {
-        const int r = numberOfReturns[i];
-        if (r < 0 || r > 255) {
-            facadeMessage(0, "ERROR! Number of returns outside 0..255, none kept. Point:", vx::toText(i));
-            return;
-        }
-        counts[i] = static_cast<uint8_t>(r);
-    }
-    core->store.returnCounts = std::move(counts);
-}
-
 #undef VX_STEP
 
 template void Vexaro<float>::classifyRoofsByEchoes(int);
@@ -57,5 +35,3 @@ template void Vexaro<float>::growRoofsByEchoes(int);
 template void Vexaro<double>::growRoofsByEchoes(int);
 template void Vexaro<float>::growVegetationByEchoes(int, int, int);
 template void Vexaro<double>::growVegetationByEchoes(int, int, int);
-template void Vexaro<float>::loadReturnCountsFromBuffer(const int*, int);
-template void Vexaro<double>::loadReturnCountsFromBuffer(const int*, int);

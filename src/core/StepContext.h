@@ -65,6 +65,8 @@ public:
 
     /// Number of returns of each point's pulse on the host, in file order; empty when unknown.
     const std::vector<uint8_t>& returnCounts() const { return e.store.returnCounts; }
+    /// Intensity of each point's return on the host, in file order; empty when unknown.
+    const std::vector<uint16_t>& intensities() const { return e.store.intensities; }
 
     /// Whether iterative steps may judge only the frontier of the last pass's changes.
     bool frontierPasses() const { return !e.fullPasses; }

@@ -67,6 +67,7 @@ template <class T> void PointStore<T>::assign(std::vector<VX_Point<T>>&& points)
 {
     records = std::move(points);
     returnCounts.clear();
+    intensities.clear();
     deviceMatchesHost = false;
     hostBehind = 0;
     ++generation;
@@ -176,6 +177,7 @@ template <class T> void PointStore<T>::clear()
     resetDevice();
     records = {};
     returnCounts = {};
+    intensities = {};
     count = 0;
     ++generation;
 }

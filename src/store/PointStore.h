@@ -53,6 +53,9 @@ public:
     /// Number of returns of each point's pulse, in file order; empty when the cloud came without
     /// them. A host-only input: no step writes it.
     std::vector<uint8_t> returnCounts;
+    /// Intensity of each point's return, in file order; empty when the cloud came without them.
+    /// A host-only input like returnCounts.
+    std::vector<uint16_t> intensities;
     /// Points on the backend.
     int count = 0;
     /// Counts the clouds assigned (and clears), so kept per-point results can tell whether they

@@ -2,6 +2,7 @@
 // kind and density, judged against their truth, and on the shared sample files: what the data
 // profile, the presets and the added steps must keep reaching.
 #include "CliTestSupport.h"
+#include "SceneRuns.h"
 
 #include "Evaluation.h"
 #include "las/LasFile.h"
@@ -13,31 +14,12 @@
 #include <vector>
 
 using clitest::classesOf;
+using clitest::classifyScene;
 using clitest::run;
+using clitest::SceneCase;
 using clitest::scratch;
 
 namespace {
-
-struct SceneCase {
-    const char* kind;
-    const char* density;
-    const char* points;
-    bool buildings; ///< the kind holds buildings to judge
-};
-
-/// Generates the scene, classifies it with the default command and compares with its truth.
-vx::app::Evaluation classifyScene(const SceneCase& c, const std::vector<std::string>& extra = {})
-{
-    std::vector<std::string> scene = {"scene", "-o",        "in.las",  "--truth",  "truth.las", "--kind",
-                                      c.kind,  "--density", c.density, "--points", c.points,    "-q"};
-    scene.insert(scene.end(), extra.begin(), extra.end());
-    const auto s = run(scene);
-    EXPECT_EQ(s.status, 0) << s.err;
-    const auto r = run({"classify", "in.las", "-o", "out.las", "-q"});
-    EXPECT_EQ(r.status, 0) << r.err;
-    return vx::app::evaluate(classesOf((scratch() / "truth.las").string()),
-                             classesOf((scratch() / "out.las").string()));
-}
 
 class SceneKinds : public ::testing::TestWithParam<SceneCase> {};
 
@@ -437,6 +419,12 @@ TEST(SceneKinds, FeetGiveTheClassesOfMetresOnSlopes)
     // On 30-degree slopes the ground distance grows with the slope: an allowance read in the
     // file's unit rather than in metres gives feet a third of it (98.5 % agreement).
     EXPECT_GE(feetAgreeWithMetres("terraces"), 0.995);
+}
+
+TEST(SceneKinds, FeetGiveTheClassesOfMetresOnWater)
+{
+    // The water step's cells, least size and relief are lengths too.
+    EXPECT_GE(feetAgreeWithMetres("river"), 0.995);
 }
 
 TEST(SceneKinds, UnknownUnitsGetAWarning)

@@ -74,7 +74,7 @@ TEST(CliScene, Errors)
     expectError({"scene"}, "scene needs an output file: -o INPUT.las (see 'vexaro scene --help')");
     expectError({"scene", "-o", "a.las", "--truth", "a.las"}, "--truth must name another file than -o");
     expectError({"scene", "-o", "a.las", "--kind", "castle"},
-                "--kind takes town, hall, terraces, forest, mountain-forest or bridges, not 'castle'");
+                "--kind takes town, hall, terraces, forest, mountain-forest, bridges or river, not 'castle'");
     expectError({"scene", "-o", "a.las", "--units", "yards"},
                 "--units takes metres, feet or us-feet, not 'yards'");
     for (const std::string d : {"0", "-1", "1001", "abc", "nan", "inf", ""})

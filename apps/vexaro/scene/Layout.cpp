@@ -131,6 +131,13 @@ Layout::Layout(Random& rng, double sideLength, SceneKind kind)
         drawTown(rng);
         drawBridges(rng);
         break;
+    case SceneKind::River:
+        drawTown(rng);
+        drawBridges(rng);
+        // The river fills its level channel to half the least depth: the banks rise above it
+        // everywhere.
+        waterLevel = terrain.channelFloor() + 0.5 * terrain.channelDepth();
+        break;
     }
     buildIndexes();
 }

@@ -6,6 +6,8 @@
 #include "scene/Random.h"
 #include "scene/Terrain.h"
 
+#include <cmath>
+#include <limits>
 #include <vector>
 
 namespace vx::scene {
@@ -33,6 +35,15 @@ struct Layout {
     int treesTouchingBuildings = 0;
     /// The bridges' channel holds still water, which gives no returns (a road otherwise).
     bool waterInChannel = false;
+    /// The river's level surface (the river kind; NaN for none): the channel's ground below it
+    /// is under water, which returns a weak single echo for kWaterEchoShare of the pulses, as a
+    /// real surface does that reflects most of the beam away and absorbs much of the rest.
+    double waterLevel = std::numeric_limits<double>::quiet_NaN();
+    /// Whether (x, y), with bare earth at height `ground`, lies under the river.
+    bool underWater(double x, double y, double ground) const
+    {
+        return ground < waterLevel && std::fabs(terrain.channel().distance(x, y)) < terrain.channelHalfTop();
+    }
 
     /// Draws the landscape of the kind on a square of the given side (metres) from rng.
     Layout(Random& rng, double side, SceneKind kind = SceneKind::Town);

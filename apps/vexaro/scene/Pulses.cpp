@@ -34,9 +34,19 @@ int PulseSimulator::fire(double x, double y, double gpsTime, std::vector<ScenePo
         if (b.contains(x, y) && (!roof || b.roofZ(x, y) > roof->roofZ(x, y)))
             roof = &b;
     }
-    // Still water reflects the beam away from the sensor: no echo.
+    // Still water reflects the beam away from the sensor: no echo, or a weak one now and then.
     if (!roof && layout_.waterInChannel && layout_.terrain.onChannelFloor(x, y))
         return 0;
+    if (!roof && layout_.underWater(x, y, ground)) {
+        if (!rng_.chance(kWaterEchoShare))
+            return 0;
+        const double z = layout_.waterLevel + rng_.bell(0.05);
+        const double intensity =
+            std::clamp(rng_.uniform(0.1, 0.3) * 26000 + rng_.bell(500.0), 100.0, 65535.0);
+        if (out)
+            out->push_back({x, y, z, gpsTime, static_cast<uint16_t>(intensity), 1, 1, kWater});
+        return 1;
+    }
     double endZ = ground, endIntensity = 0;
     uint8_t endTruth = kGround;
     if (roof) {

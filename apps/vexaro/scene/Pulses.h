@@ -19,6 +19,8 @@ public:
     /// Least vertical distance between two returns of one pulse: closer echoes merge.
     static constexpr double kSeparation = 0.8;
     static constexpr int kMaxReturns = 5;
+    /// Share of the pulses that still water returns (see Layout::waterLevel).
+    static constexpr double kWaterEchoShare = 0.25;
 
 private:
     struct Hit {

@@ -17,6 +17,7 @@ enum TruthClass : uint8_t {
     kHighVegetation = 5,
     kBuilding = 6,
     kLowNoise = 7,
+    kWater = 9,
     kBridgeDeck = 17,
     kHighNoise = 18,
 };
@@ -37,6 +38,8 @@ enum class SceneKind {
     MountainForest, ///< the forest on a 22-31 degree mountainside cut by a gully
     Bridges,        ///< the town cut by a channel 5-8 m deep (a road, or water giving no returns)
                     ///< that one or two road bridges cross
+    River,          ///< the bridges' town whose channel always holds a river that returns a weak
+                    ///< echo for about a quarter of the pulses
 };
 
 /// The length unit of a scene's coordinates, horizontal and vertical alike.
@@ -48,7 +51,8 @@ enum class SceneUnits {
 
 /// Metres in one unit.
 double unitLength(SceneUnits units);
-/// "town", "hall", "terraces", "forest", "mountain-forest", "bridges"; "metres", "feet", "us-feet".
+/// "town", "hall", "terraces", "forest", "mountain-forest", "bridges", "river"; "metres", "feet",
+/// "us-feet".
 const char* sceneKindName(SceneKind kind);
 const char* sceneUnitsName(SceneUnits units);
 /// The kind or units named so (sceneKindName, and "flat" for the town); false for other names.

@@ -64,6 +64,7 @@ double expectedReturnsPerPulse(SceneKind kind)
     switch (kind) {
     case SceneKind::Town:
     case SceneKind::Bridges:
+    case SceneKind::River:
         return 1.3;
     case SceneKind::Hall:
         return 1.15;

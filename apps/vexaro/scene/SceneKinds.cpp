@@ -31,6 +31,8 @@ const char* sceneKindName(SceneKind kind)
         return "mountain-forest";
     case SceneKind::Bridges:
         return "bridges";
+    case SceneKind::River:
+        return "river";
     }
     return "town";
 }
@@ -51,7 +53,7 @@ const char* sceneUnitsName(SceneUnits units)
 bool parseSceneKind(const std::string& name, SceneKind& kind)
 {
     for (SceneKind k : {SceneKind::Town, SceneKind::Hall, SceneKind::Terraces, SceneKind::Forest,
-                        SceneKind::MountainForest, SceneKind::Bridges})
+                        SceneKind::MountainForest, SceneKind::Bridges, SceneKind::River})
         if (name == sceneKindName(k)) {
             kind = k;
             return true;

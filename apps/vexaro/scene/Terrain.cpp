@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace vx::scene {
 
@@ -44,7 +45,10 @@ Terrain::Terrain(Random& rng, double side, SceneKind kind)
         drawMountainside(rng, side);
     else if (kind == SceneKind::Bridges)
         drawChannelled(rng, side);
-    else
+    else if (kind == SceneKind::River) {
+        drawChannelled(rng, side);
+        levelChannelFloor(side);
+    } else
         drawRolling(rng, side);
 }
 
@@ -91,8 +95,30 @@ void Terrain::drawChannelled(Random& rng, double side)
     channelHalfFloor_ = rng.uniform(8.0, 15.0);
 }
 
+void Terrain::levelChannelFloor(double side)
+{
+    // The floor lies the channel's depth below the lowest terrain along its centre line within
+    // the scene; the banks rise from it at 45 degrees until they meet the terrain.
+    double lowest = std::numeric_limits<double>::max(), highest = std::numeric_limits<double>::lowest();
+    for (double t = -2.0 * side; t <= 2.0 * side; t += 0.5) {
+        const double x = channel_.px + channel_.dx * t, y = channel_.py + channel_.dy * t;
+        if (x < 0 || y < 0 || x > side || y > side)
+            continue;
+        const double z = uncutHeight(x, y);
+        lowest = std::min(lowest, z);
+        highest = std::max(highest, z);
+    }
+    channelFloor_ = lowest - channelDepth_;
+    channelHalfTopLevel_ = channelHalfFloor_ + (highest - channelFloor_);
+}
+
 double Terrain::channelCut(double x, double y) const
 {
+    if (!std::isnan(channelFloor_)) {
+        const double d = std::fabs(channel_.distance(x, y));
+        const double z = uncutHeight(x, y);
+        return std::max(0.0, z - (channelFloor_ + std::max(0.0, d - channelHalfFloor_)));
+    }
     const double d = std::fabs(channel_.distance(x, y));
     if (d <= channelHalfFloor_)
         return channelDepth_;
@@ -171,13 +197,19 @@ double Terrain::valueNoise(double x, double y, double cell, uint64_t seed) const
 
 double Terrain::height(double x, double y) const
 {
+    double z = uncutHeight(x, y);
+    if (channelDepth_ > 0)
+        z -= channelCut(x, y);
+    return z;
+}
+
+double Terrain::uncutHeight(double x, double y) const
+{
     double z = base_ + tiltX_ * x + tiltY_ * y;
     z += hillAmplitude_ * valueNoise(x, y, 110.0, noiseSeed_);
     z += bumpAmplitude_ * valueNoise(x, y, 35.0, noiseSeed_ + 1);
     z += ridgeHeight_ * bump(ridge_.distance(x, y) / ridgeHalfWidth_);
     z -= ditchDepth_ * bump(ditch_.distance(x, y) / ditchHalfWidth_);
-    if (channelDepth_ > 0)
-        z -= channelCut(x, y);
     if (!profile_.empty())
         z += profileHeight(x * uphillX_ + y * uphillY_ - uphillStart_);
     return z;

@@ -6,6 +6,7 @@
 #include "scene/Scene.h"
 
 #include <cmath>
+#include <limits>
 #include <vector>
 
 namespace vx::scene {
@@ -46,7 +47,13 @@ public:
     /// of its top, where the banks meet the terrain.
     const SceneLine& channel() const { return channel_; }
     double channelDepth() const { return channelDepth_; }
-    double channelHalfTop() const { return channelHalfFloor_ + channelDepth_; }
+    double channelHalfTop() const
+    {
+        return std::isnan(channelFloor_) ? channelHalfFloor_ + channelDepth_ : channelHalfTopLevel_;
+    }
+    /// The height of the river kind's level channel floor (NaN where the floor follows the
+    /// terrain, as in the bridges kind).
+    double channelFloor() const { return channelFloor_; }
     /// How deep the channel cuts the terrain at (x, y): its depth on the floor, less on the banks.
     double channelCut(double x, double y) const;
     /// Whether (x, y) lies on the channel's flat floor.
@@ -73,6 +80,10 @@ private:
     void drawHillside(Random& rng, double side);
     void drawMountainside(Random& rng, double side);
     void drawChannelled(Random& rng, double side);
+    /// Makes the channel's floor level (the river kind): see channelFloor().
+    void levelChannelFloor(double side);
+    /// The height before the channel cuts it.
+    double uncutHeight(double x, double y) const;
     double valueNoise(double x, double y, double cell, uint64_t seed) const;
     double profileHeight(double u) const;
 
@@ -86,6 +97,8 @@ private:
     double ditchDepth_ = 0, ditchHalfWidth_ = 1;
     SceneLine channel_;
     double channelDepth_ = 0, channelHalfFloor_ = 1;
+    double channelFloor_ = std::numeric_limits<double>::quiet_NaN();
+    double channelHalfTopLevel_ = 0; ///< half width of the widest top of a level floor's channel
     /// The hillside: heights along (uphillX_, uphillY_), measured from the scene's lowest corner
     /// in that direction; empty for other kinds.
     std::vector<ProfileNode> profile_;

@@ -3,43 +3,13 @@
 #pragma once
 
 #include "grid/Layouts.h"
-#include "steps/terrain/Raster.h"
+#include "steps/common/Raster.h"
 #include "steps/terrain/SurfaceKernels.h"
 #include "store/PointViews.h"
 
 #include <cmath>
 
 namespace vx {
-
-/// Plan extent of the admitted points.
-struct PlanBox {
-    float minX, minY, maxX, maxY;
-    VX_HD bool empty() const { return minX > maxX; }
-};
-
-template <class T, class L> struct k_admittedBox {
-    PointsOf<T, L> pts;
-    AllowedClasses allowed;
-    VX_HD PlanBox operator()(int p) const
-    {
-        if (!allowed.admits(pts.cls(p)))
-            return {1, 1, 0, 0};
-        const float x = static_cast<float>(pts.x(p)), y = static_cast<float>(pts.y(p));
-        return {x, y, x, y};
-    }
-};
-
-struct PlanBoxUnion {
-    VX_HD PlanBox operator()(const PlanBox& a, const PlanBox& b) const
-    {
-        if (a.empty())
-            return b;
-        if (b.empty())
-            return a;
-        return {a.minX < b.minX ? a.minX : b.minX, a.minY < b.minY ? a.minY : b.minY,
-                a.maxX > b.maxX ? a.maxX : b.maxX, a.maxY > b.maxY ? a.maxY : b.maxY};
-    }
-};
 
 /// Lowers each cell to the height of its lowest admitted point (cells start at kNoHeight).
 template <class T, class L> struct k_lowestPerCell {

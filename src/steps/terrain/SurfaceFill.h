@@ -6,7 +6,7 @@
 #include "core/StepContext.h"
 #include "exec/Buffer.h"
 #include "exec/Launch.h"
-#include "steps/terrain/Raster.h"
+#include "steps/common/Raster.h"
 #include "steps/terrain/SurfaceKernels.h"
 
 #include <vector>

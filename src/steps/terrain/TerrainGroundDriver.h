@@ -162,20 +162,13 @@ template <class T> void runTerrainGround(StepContext<T>& c)
             return;
         }
         const double cell = static_cast<double>(par.TerrainCellSize);
-        const double w = (static_cast<double>(box.maxX) - box.minX) / cell + 1.0;
-        const double h = (static_cast<double>(box.maxY) - box.minY) / cell + 1.0;
-        if (w * h > static_cast<double>(kMaxTerrainCells)) {
+        RasterGrid g;
+        if (!rasterOver(box, cell, static_cast<double>(kMaxTerrainCells), g)) {
             c.msg(0, "ERROR! Terrain raster too large, step not run:",
                   std::to_string(box.maxX - box.minX) + " x " + std::to_string(box.maxY - box.minY) +
                       " extent at cell size " + std::to_string(cell));
             return;
         }
-        RasterGrid g;
-        g.x0 = box.minX;
-        g.y0 = box.minY;
-        g.cell = static_cast<float>(cell);
-        g.nx = static_cast<int>(w);
-        g.ny = static_cast<int>(h);
         const int cells = g.cells();
         const int widest = static_cast<int>(std::ceil(static_cast<double>(par.TerrainWindow) / cell));
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "exec/Buffer.h"
-#include "steps/terrain/Raster.h"
+#include "steps/common/Raster.h"
 
 namespace vx {
 

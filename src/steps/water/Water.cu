@@ -1,0 +1,3 @@
+#include "steps/water/WaterDriver.h"
+
+VX_INSTANTIATE_STEP(runWater)
