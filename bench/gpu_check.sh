@@ -63,7 +63,7 @@ done
 
 # 2. Agreement, while the suite runs: scenes of every kind, then each file on both backends.
 agree_files=()
-for kind in town hall terraces forest mountain-forest bridges; do
+for kind in town hall terraces forest mountain-forest bridges river; do
     "$vexaro" scene -o "$work/scene-$kind.las" --points 150000 --density 4 --kind "$kind" -q
     agree_files+=("$work/scene-$kind.las")
 done
