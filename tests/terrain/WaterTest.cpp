@@ -223,6 +223,19 @@ TEST_P(Water, RefusalsLeaveTheClasses)
     }
 }
 
+TEST_P(Water, ARasterTooLargeIsRefused)
+{
+    // Millimetre cells over the 60 m plot would take 3.6 billion of them.
+    const Cloud c = plot([](double x, double) { return inBand(x) ? &kLake : nullptr; });
+    std::vector<int> before;
+    for (const auto& p : c.points)
+        before.push_back(p.classification);
+    std::string log;
+    EXPECT_EQ(classify<float>(c, GetParam(), &log, [](Vexaro<float>& v) { v.set_WaterCellSize(0.001f); }),
+              before);
+    EXPECT_NE(log.find("ERROR! Water raster too large, step not run"), std::string::npos) << log;
+}
+
 TEST_P(Water, IntensitiesOfTheWrongLengthOrRangeAreNotKept)
 {
     const Cloud c = plot([](double x, double) { return inBand(x) ? &kLake : nullptr; });
