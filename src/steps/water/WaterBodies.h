@@ -19,7 +19,8 @@ constexpr double kWaterGroundShare = 0.9;
 /// ground, where the chance gaps of a few cells cannot pass for it.
 constexpr std::size_t kLeastWaterCells = 10;
 
-/// The per-cell sums of k_waterCellSums on the host; lowest is a height, NaN for no ground.
+/// The per-cell sums of k_waterCellSums on the host; lowest is a height (0 in a cell without
+/// ground, which is never a water cell).
 struct WaterCells {
     int nx = 0, ny = 0;
     double cellArea = 1;
