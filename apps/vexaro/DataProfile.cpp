@@ -248,8 +248,10 @@ DataProfile profileLas(const vx::las::LasFile& file, LengthUnit unitsOverride)
         return p;
     }
     std::size_t lastReturns = 0;
-    for (std::size_t i = 0; i < n; ++i)
+    for (std::size_t i = 0; i < n; ++i) {
         lastReturns += file.returnNumber(i) == file.numberOfReturns(i);
+        p.intensities = p.intensities || file.intensity(i) != file.intensity(0);
+    }
     std::vector<double> xs(n), ys(n), zs(n), lx, ly;
     lx.reserve(lastReturns);
     ly.reserve(lastReturns);

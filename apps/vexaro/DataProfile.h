@@ -29,8 +29,9 @@ struct DataProfile {
     double metresPerUnit = 1;            ///< horizontal; 1 when unknown
     std::size_t isolatedPoints = 0;      ///< far from every neighbour or far outside the height range
     double heightP01 = 0, heightP99 = 0; ///< 1st and 99th percentile of z, file units
-    double terrainSlope = 0; ///< rise per run that 95 % of the coarse lowest-point surface stays under
-    double groundNoise = 0;  ///< scatter of the lowest returns, metres (units); 0: unknown
+    double terrainSlope = 0;  ///< rise per run that 95 % of the coarse lowest-point surface stays under
+    double groundNoise = 0;   ///< scatter of the lowest returns, metres (units); 0: unknown
+    bool intensities = false; ///< the intensities differ between points (the water step reads them)
     std::vector<std::string> warnings; ///< one sentence each, without "warning:"
 };
 

@@ -97,6 +97,10 @@ std::string formatProfile(const DataProfile& p)
     s += "  Ground noise     " +
          (p.groundNoise > 0 ? fixed(p.groundNoise, 3) + (metres ? " m" : " units") : std::string("unknown")) +
          " (scatter of the lowest returns about their plane)\n";
+    s +=
+        std::string("  Intensities      ") +
+        (p.intensities ? "recorded" : "all the same: no water is searched (it is told by its dark returns)") +
+        "\n";
     return s;
 }
 

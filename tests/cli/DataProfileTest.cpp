@@ -237,6 +237,14 @@ TEST(DataProfile, FormattedBlock)
     const std::string unknown = formatProfile(profileLas(gridFile(100, 1.0), LengthUnit::Unknown));
     EXPECT_NE(unknown.find("pts/unit²"), std::string::npos);
     EXPECT_NE(unknown.find("unknown (read as metres)"), std::string::npos);
+    // The grid's intensities are all 0: the water step has nothing to read.
+    EXPECT_NE(text.find("  Intensities      all the same: no water is searched"), std::string::npos) << text;
+    auto lit = gridFile(20, 1.0);
+    vx::las::NewPoint bright;
+    bright.x = 500000.5, bright.y = 5000000.5, bright.z = 10, bright.intensity = 900;
+    lit.addPoint(bright);
+    EXPECT_NE(formatProfile(profileLas(lit, LengthUnit::Metre)).find("  Intensities      recorded\n"),
+              std::string::npos);
 }
 
 TEST(DataProfile, AMillionPointsProfileQuickly)
