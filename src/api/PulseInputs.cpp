@@ -7,27 +7,26 @@
 
 namespace {
 
-/// values[0..count) as U when there is one a point of the loaded cloud and each lies within
-/// 0..most; otherwise the message that says why, and nothing.
-template <class U>
-bool perPointValues(const int* values, int count, std::size_t points, int most, const char* what,
-                    std::vector<U>& out, std::string& why)
+/// values[0..count) as U into `out` when a cloud is loaded, they come one a point of it and each
+/// lies within 0..most; otherwise the message that says why ("" when kept).
+template <class T, class U>
+std::string perPointValues(const ClassifierCore<T>& core, const int* values, int count, int most,
+                           const char* what, std::vector<U>& out)
 {
-    if (count < 0 || static_cast<std::size_t>(count) != points || (count > 0 && !values)) {
-        why = std::string("ERROR! ") + what +
-              " must come one a point of the loaded cloud; none kept. Given: " + vx::toText(count);
-        return false;
-    }
+    if (!core.dataLoaded)
+        return "ERROR! Data not loaded!";
+    const std::size_t points = core.store.records.size();
+    if (count < 0 || static_cast<std::size_t>(count) != points || (count > 0 && !values))
+        return std::string("ERROR! ") + what +
+               " must come one a point of the loaded cloud; none kept. Given: " + vx::toText(count);
     out.resize(points);
     for (std::size_t i = 0; i < points; ++i) {
-        if (values[i] < 0 || values[i] > most) {
-            why = std::string("ERROR! ") + what + " outside 0.." + std::to_string(most) +
-                  ", none kept. Point: " + vx::toText(i);
-            return false;
-        }
+        if (values[i] < 0 || values[i] > most)
+            return std::string("ERROR! ") + what + " outside 0.." + std::to_string(most) +
+                   ", none kept. Point: " + vx::toText(i);
         out[i] = static_cast<U>(values[i]);
     }
-    return true;
+    return "";
 }
 
 } // namespace
@@ -35,26 +34,21 @@ bool perPointValues(const int* values, int count, std::size_t points, int most, 
 template <class T> void Vexaro<T>::loadReturnCountsFromBuffer(const int* numberOfReturns, int count)
 {
     std::vector<uint8_t> counts;
-    std::string why;
-    const std::size_t n = core->dataLoaded ? core->store.records.size() : 0;
-    if (!core->dataLoaded ||
-        !perPointValues(numberOfReturns, count, n, 255, "Number of returns", counts, why)) {
-        facadeMessage(0, core->dataLoaded ? why : "ERROR! Data not loaded!");
-        return;
-    }
-    core->store.returnCounts = std::move(counts);
+    const std::string why = perPointValues(*core, numberOfReturns, count, 255, "Number of returns", counts);
+    if (why.empty())
+        core->store.returnCounts = std::move(counts);
+    else
+        facadeMessage(0, why);
 }
 
 template <class T> void Vexaro<T>::loadIntensitiesFromBuffer(const int* intensities, int count)
 {
     std::vector<uint16_t> values;
-    std::string why;
-    const std::size_t n = core->dataLoaded ? core->store.records.size() : 0;
-    if (!core->dataLoaded || !perPointValues(intensities, count, n, 65535, "Intensities", values, why)) {
-        facadeMessage(0, core->dataLoaded ? why : "ERROR! Data not loaded!");
-        return;
-    }
-    core->store.intensities = std::move(values);
+    const std::string why = perPointValues(*core, intensities, count, 65535, "Intensities", values);
+    if (why.empty())
+        core->store.intensities = std::move(values);
+    else
+        facadeMessage(0, why);
 }
 
 template <class T> void Vexaro<T>::classifyWater(int groundClass, int waterClass)

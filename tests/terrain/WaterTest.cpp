@@ -82,6 +82,21 @@ bool inBand(double x)
     return x >= 20 && x < 40;
 }
 
+/// The plot with the lake band.
+Cloud lake()
+{
+    return plot([](double x, double) { return inBand(x) ? &kLake : nullptr; });
+}
+
+/// The classes the cloud's points start with.
+std::vector<int> startClasses(const Cloud& c)
+{
+    std::vector<int> out;
+    for (const auto& p : c.points)
+        out.push_back(p.classification);
+    return out;
+}
+
 template <class T>
 std::vector<int> classify(const Cloud& c, const Setting& s, std::string* log = nullptr,
                           const std::function<void(Vexaro<T>&)>& tune = nullptr, bool pulses = true)
@@ -124,7 +139,7 @@ void expectClasses(const std::vector<int>& got, const Cloud& c)
 
 template <class T> void lakeIsWater(const Setting& s)
 {
-    const Cloud c = plot([](double x, double) { return inBand(x) ? &kLake : nullptr; });
+    const Cloud c = lake();
     std::string log;
     expectClasses(classify<T>(c, s, &log), c);
     EXPECT_NE(log.find("Water bodies, cells, points: 1 "), std::string::npos) << log;
@@ -174,7 +189,7 @@ TEST_P(Water, BodiesSmallerThanTheLeastSizeStayGround)
 
 TEST_P(Water, OnlyGroundPointsTakeTheClass)
 {
-    Cloud c = plot([](double x, double) { return inBand(x) ? &kLake : nullptr; });
+    Cloud c = lake();
     // A boat on the lake keeps its class. The water in the cells it shares (2 m cells, more than
     // a tenth of whose points are the boat's) may stay ground; the rest of the lake is water.
     for (double x = 29; x < 31; x += 0.5)
@@ -188,10 +203,8 @@ TEST_P(Water, OnlyGroundPointsTakeTheClass)
 
 TEST_P(Water, WithoutIntensitiesNothingChanges)
 {
-    const Cloud c = plot([](double x, double) { return inBand(x) ? &kLake : nullptr; });
-    std::vector<int> before;
-    for (const auto& p : c.points)
-        before.push_back(p.classification);
+    const Cloud c = lake();
+    const std::vector<int> before = startClasses(c);
     std::string log;
     EXPECT_EQ(classify<float>(c, GetParam(), &log, nullptr, false), before);
     EXPECT_NE(log.find("ERROR! No intensities or return counts for this cloud"), std::string::npos) << log;
@@ -206,10 +219,8 @@ TEST_P(Water, WithoutIntensitiesNothingChanges)
 
 TEST_P(Water, RefusalsLeaveTheClasses)
 {
-    const Cloud c = plot([](double x, double) { return inBand(x) ? &kLake : nullptr; });
-    std::vector<int> before;
-    for (const auto& p : c.points)
-        before.push_back(p.classification);
+    const Cloud c = lake();
+    const std::vector<int> before = startClasses(c);
     const std::vector<std::function<void(Vexaro<float>&)>> bad = {
         [](Vexaro<float>& v) { v.set_WaterDarkRatio(1.5f); },
         [](Vexaro<float>& v) { v.set_WaterCellSize(0.f); },
@@ -226,10 +237,8 @@ TEST_P(Water, RefusalsLeaveTheClasses)
 TEST_P(Water, ARasterTooLargeIsRefused)
 {
     // Millimetre cells over the 60 m plot would take 3.6 billion of them.
-    const Cloud c = plot([](double x, double) { return inBand(x) ? &kLake : nullptr; });
-    std::vector<int> before;
-    for (const auto& p : c.points)
-        before.push_back(p.classification);
+    const Cloud c = lake();
+    const std::vector<int> before = startClasses(c);
     std::string log;
     EXPECT_EQ(classify<float>(c, GetParam(), &log, [](Vexaro<float>& v) { v.set_WaterCellSize(0.001f); }),
               before);
@@ -238,7 +247,7 @@ TEST_P(Water, ARasterTooLargeIsRefused)
 
 TEST_P(Water, IntensitiesOfTheWrongLengthOrRangeAreNotKept)
 {
-    const Cloud c = plot([](double x, double) { return inBand(x) ? &kLake : nullptr; });
+    const Cloud c = lake();
     std::vector<VX_Point<float>> pts;
     for (const auto& p : c.points)
         pts.push_back(point<float>(float(p.x), float(p.y), float(p.z), p.classification));

@@ -112,14 +112,11 @@ void Terrain::levelChannelFloor(double side)
     channelHalfTopLevel_ = channelHalfFloor_ + (highest - channelFloor_);
 }
 
-double Terrain::channelCut(double x, double y) const
+double Terrain::channelCut(double x, double y, double uncut) const
 {
-    if (!std::isnan(channelFloor_)) {
-        const double d = std::fabs(channel_.distance(x, y));
-        const double z = uncutHeight(x, y);
-        return std::max(0.0, z - (channelFloor_ + std::max(0.0, d - channelHalfFloor_)));
-    }
     const double d = std::fabs(channel_.distance(x, y));
+    if (!std::isnan(channelFloor_))
+        return std::max(0.0, uncut - (channelFloor_ + std::max(0.0, d - channelHalfFloor_)));
     if (d <= channelHalfFloor_)
         return channelDepth_;
     return std::max(0.0, channelDepth_ - (d - channelHalfFloor_));
@@ -199,7 +196,7 @@ double Terrain::height(double x, double y) const
 {
     double z = uncutHeight(x, y);
     if (channelDepth_ > 0)
-        z -= channelCut(x, y);
+        z -= channelCut(x, y, z);
     return z;
 }
 

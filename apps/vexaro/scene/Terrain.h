@@ -54,8 +54,9 @@ public:
     /// The height of the river kind's level channel floor (NaN where the floor follows the
     /// terrain, as in the bridges kind).
     double channelFloor() const { return channelFloor_; }
-    /// How deep the channel cuts the terrain at (x, y): its depth on the floor, less on the banks.
-    double channelCut(double x, double y) const;
+    /// How deep the channel cuts the terrain at (x, y), whose height before the cut is `uncut`:
+    /// its depth on the floor, less on the banks (a level floor cuts down to its own height).
+    double channelCut(double x, double y, double uncut) const;
     /// Whether (x, y) lies on the channel's flat floor.
     bool onChannelFloor(double x, double y) const
     {
