@@ -186,6 +186,17 @@ public:
     /// smooth ground beside them; on rough or curved ground the scatter raises the limit. Needs a
     /// planar grid whose columns are at least BumpRange wide.
     void classifyGroundBumps(int groundClass, int bumpClass);
+    /// Gives groundClass to the admitted points (allowed-input-classes table) that continue the
+    /// ground beside them at their own height: the upper edge of a terrace or a bank, which a
+    /// terrain surface of cells passes below where a cell straddles the step. A point standing
+    /// more than RimHeight above the ground (the heights of computeHeightAboveGround) joins when
+    /// the points of groundClass within RimRange in plan that lie no lower than RimDistance below
+    /// it (at least six, spread in plan rather than along a line) fit a least-squares plane with
+    /// an RMS distance of at most RimDistance that passes within RimDistance of it. A shrub or a
+    /// crown has no ground at its own height beside it, and on a slope the ground uphill fits the
+    /// slope's plane, which passes below the plant. Needs the heights of computeHeightAboveGround
+    /// and a planar grid whose columns are at least RimRange wide.
+    void classifyGroundRims(int groundClass);
     /// Gives buildingClass to the admitted points (allowed-input-classes table) that lie on roofs
     /// by their echoes: a roof stops the pulse and returns one echo, a canopy mostly several. A
     /// point at least EchoMinHeight above the ground is a roof point when the points within

@@ -154,6 +154,13 @@
       "least height above the plane of the ground around that makes a bump")                                 \
     X(BumpScatterMultiple, BumpScatterMultiple, Ratio, 3.0, "", 0, 1000, "ground bumps", Bumps, 0,           \
       "least height above that plane in multiples of the ground's RMS scatter about it")                     \
+    X(RimRange, RimRange, Length, 3.0, "m", 0.001, 1000, "ground rims", Rims, 0,                             \
+      "plan radius of the ground whose plane a raised point is judged against")                              \
+    X(RimDistance, RimDistance, Height, 0.15, "m", 0, 1000, "ground rims", Rims, 0,                          \
+      "largest distance of a rim point from the plane of the ground beside it, depth below the point of "    \
+      "the ground that plane is fitted to, and that ground's largest RMS distance from it")                  \
+    X(RimHeight, RimHeight, Height, 0.3, "m", 0, 1000, "ground rims", Rims, 0,                               \
+      "least height above ground of a point the rim search judges")                                          \
     X(EchoRange, EchoRange, Length, 1.5, "m", 0.001, 1000, "roofs by echoes", RoofEchoes, 1,                 \
       "plan radius of the neighbourhood that the echo test of a roof point reads")                           \
     X(EchoMinHeight, EchoMinHeight, Height, 2.0, "m", 0, 1000, "roofs by echoes", RoofEchoes, 0,             \
@@ -221,6 +228,7 @@ enum ParameterStep : unsigned {
     SteepGround = 1u << 12,       ///< classifySteepGround
     Bumps = 1u << 13,             ///< classifyGroundBumps
     Water = 1u << 14,             ///< classifyWater
+    Rims = 1u << 15,              ///< classifyGroundRims
 };
 
 enum class ParameterKind { Length, Height, FloatLength, Cosine, Ratio, Index, Count, Class };

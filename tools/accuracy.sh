@@ -56,7 +56,7 @@ scenes=(
     "town 0.2" "town 1" "town 4" "town 10" "town 30"
     "town 10 feet"
     "hall 4" "hall 10"
-    "terraces 2" "terraces 10"
+    "terraces 0.2" "terraces 2" "terraces 10"
     "forest 1" "forest 10"
     "mountain-forest 0.2" "mountain-forest 4" "bridges 4" "river 4"
     "town 10 stray"

@@ -73,6 +73,7 @@ std::string parameterStepsText(const vexaro::ParameterInfo& p)
         {vexaro::RoofEchoes, "classifyRoofsByEchoes, growRoofsByEchoes, growVegetationByEchoes"},
         {vexaro::SteepGround, "classifySteepGround"},
         {vexaro::Bumps, "classifyGroundBumps"},
+        {vexaro::Rims, "classifyGroundRims"},
         {vexaro::Water, "classifyWater"},
     };
     std::string out;

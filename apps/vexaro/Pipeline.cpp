@@ -291,6 +291,16 @@ template <class T> void classifySteps(Vexaro<T>& v, const PipelineOptions& optio
     // takes its class. Water is judged on the final ground, whose returns it is, once no later
     // step needs that ground under the points beside it.
     step.run("final classes", "unclassified", {kUnclassified}, [&] {
+        if (options.terrainGround) {
+            // The upper edge of a terrace or a bank continues the ground beside it at its own
+            // height, where the surface of cells, following the lowest point of each, runs below
+            // it. Buildings stay out: a roof may meet a hillside at its own height.
+            const double rimRange = v.get_RimRange();
+            v.regularGridDecomposition2D(rimRange, rimRange);
+            setAllowed(v,
+                       admit({kUnclassified, kPlanar, kScatter, kLinear, kLowVegetation, kMediumVegetation}));
+            v.classifyGroundRims(kGround);
+        }
         if (options.terrainGround && options.waterClass > 0)
             v.classifyWater(kGround, options.waterClass);
         setAllowed(v, admit({kPlanar, kScatter, kLinear, kGrowthMark, kCandidateMark}));

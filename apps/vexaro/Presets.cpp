@@ -129,6 +129,11 @@ std::vector<DerivedParameter> deriveParameters(const Preset& preset, const DataS
            "3 x last-return spacing, at least 3 m: some 28 last returns, enough for a plane and its scatter");
     height("BumpHeight", 2.0 * groundDistance,
            "2 x the ground distance: a ground return lies within it of the surface, a bump beyond");
+    length("RimRange", std::max(3.0, 3.0 * last), "BumpRange: the ground beside a point, enough for a plane");
+    height("RimDistance", groundDistance,
+           "the ground distance: a return of the ground beside a point lies that near its plane");
+    height("RimHeight", 2.0 * groundDistance,
+           "BumpHeight: a point lower than that above the surface is the surface's own");
     height("TerrainGradientFactor", 1.25,
            "1.25 m per unit of slope: the surface between cell centres is less sure where it is steep");
 

@@ -73,7 +73,7 @@ TEST(Params, EveryNameOnce)
     std::set<std::string> names;
     for (const auto& p : parameterInfos())
         EXPECT_TRUE(names.insert(p.name).second) << p.name;
-    EXPECT_EQ(names.size(), 92u);
+    EXPECT_EQ(names.size(), 95u);
 }
 
 TEST(Params, RangesWidenTheGrid)

@@ -1,0 +1,3 @@
+#include "steps/rims/RimsDriver.h"
+
+VX_INSTANTIATE_STEP(runRims)
