@@ -133,6 +133,7 @@ public:
     /// TerrainBridgeWidth, TerrainWallHeight and TerrainClimb set, the climb leaves bridge decks
     /// cut, and a bridgeDeckClass of 0 or more is given to the admitted points on their surface
     /// (within TerrainGroundDistance of a deck cell's lowest point); -1 leaves them as they are.
+    /// Wide land that the climb reaches only across the decks (beyond a river) stays terrain.
     void classifyTerrainGround(int groundClass, int bridgeDeckClass = -1);
     /// Marks isolated points and small far-off groups among the admitted points (allowed-input-classes
     /// table): lowNoiseClass for those lying below their surroundings, highNoiseClass above.

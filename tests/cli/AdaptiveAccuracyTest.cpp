@@ -121,6 +121,17 @@ TEST(SceneKinds, SparseTerracesKeepTheirRims)
     EXPECT_LT(e.typeI, 0.03) << "upper edges of the terraces";
 }
 
+TEST(SceneKinds, LandBeyondARiverThatBridgesCrossIsGround)
+{
+    // Seed 22 lays the river across a corner of the scene: the land beyond it is narrower than
+    // the window, stands 10-17 m above the water behind banks steeper than the climb, and only
+    // the bridge decks, which the climb leaves out, join it to the rest. Cut by the openings, its
+    // ground became roofs (type I error 11.6 %).
+    const auto e = classifyScene({"river", "1", "30000", true}, {"--seed", "22"});
+    EXPECT_LT(e.typeI, 0.02) << "the land beyond the river";
+    EXPECT_LT(e.totalError, 0.06);
+}
+
 TEST(SceneKinds, TerracesOnMostlyLevelGroundTakeTheMountainPreset)
 {
     // Seeds 2 and 5 lay the 30-degree slopes over a fifth and a tenth of the scene: the median

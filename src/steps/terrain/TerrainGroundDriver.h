@@ -15,6 +15,7 @@
 #include "exec/Launch.h"
 #include "steps/common/StepDrivers.h"
 #include "steps/terrain/EnclosedSurfaces.h"
+#include "steps/terrain/LandBeyondDecks.h"
 #include "steps/terrain/PointRasterKernels.h"
 #include "steps/terrain/SurfaceFill.h"
 #include "steps/terrain/TerrainState.h"
@@ -142,6 +143,23 @@ void cutEnclosedSurfaces(const StepContext<T>& c, const RasterGrid& g, const Buf
         object.upload(flags.data(), cells);
 }
 
+/// Gives back to the terrain the land that the climb reaches only across the decks (see
+/// releaseLandBeyondDecks).
+template <class T>
+void releaseLandBeyond(const StepContext<T>& c, const RasterGrid& g, const Buffer<unsigned char>& strip,
+                       const Buffer<unsigned char>& free, Buffer<unsigned char>& object)
+{
+    const std::size_t cells = static_cast<std::size_t>(g.cells());
+    std::vector<unsigned char> s(cells), f(cells), o(cells);
+    strip.download(s.data(), cells);
+    free.download(f.data(), cells);
+    object.download(o.data(), cells);
+    const std::size_t released = releaseLandBeyondDecks(g.nx, g.ny, s, f, o);
+    c.msg(2, "Terrain cells given back beyond the decks:", released);
+    if (released > 0)
+        object.upload(o.data(), cells);
+}
+
 template <class T> void runTerrainGround(StepContext<T>& c)
 {
     const auto& par = c.par();
@@ -224,11 +242,13 @@ template <class T> void runTerrainGround(StepContext<T>& c)
                                           static_cast<float>(par.TerrainBridgeWidth)});
             }
             climbFromTerrain(c, g, lowest.data(), strip.data(), reach, widest, object);
-            // The decks are the strips that the climb would have taken.
-            if (strip.data() && c.slots().TargetClass >= 0) {
+            // The decks are the strips that the climb would have taken; land that the climb
+            // reaches only across them is terrain.
+            if (strip.data()) {
                 free = Buffer<unsigned char>(backend, cells);
                 mem::copy(backend, free.data(), object.data(), cells);
                 climbFromTerrain(c, g, lowest.data(), nullptr, reach, widest, free);
+                releaseLandBeyond(c, g, strip, free, object);
             }
         }
 
@@ -239,7 +259,7 @@ template <class T> void runTerrainGround(StepContext<T>& c)
 
         // Decks among the objects that the walls left.
         Buffer<unsigned char> deck;
-        if (free.data()) {
+        if (free.data() && c.slots().TargetClass >= 0) {
             deck = Buffer<unsigned char>(backend, cells);
             launch(c.launchConfig(cells), cells,
                    k_markDecks{strip.data(), object.data(), free.data(), deck.data()});
