@@ -2,15 +2,11 @@
 #pragma once
 
 #include "core/StepContext.h"
-#include "exec/Algorithms.h"
-#include "exec/Buffer.h"
-#include "exec/Launch.h"
 #include "steps/bumps/kernels.h"
-#include "steps/common/OrderedCoordinates.h"
+#include "steps/common/JudgeAndMark.h"
 #include "steps/common/PlanarGrid.h"
 #include "steps/common/StepDrivers.h"
 
-#include <cstddef>
 #include <cstdint>
 
 namespace vx::VX_BACKEND_NS {
@@ -33,23 +29,13 @@ template <class T> void runBumps(StepContext<T>& c)
     const BumpParams<T> par{p.BumpRange, p.BumpHeight, p.BumpScatterMultiple, groundClass};
     c.msg(4, "Bump range, height, scatter multiple:",
           toText(par.range) + " " + toText(par.height) + " " + toText(par.multiple));
-    Buffer<uint8_t> verdict(c.backend(), static_cast<std::size_t>(n));
-    c.checkDeviceError();
-    if (!verdict) {
-        c.msg(0, "ERROR! Ground bump search aborted - too little memory!");
+    const long long marked = judgeAndMark(c, "Ground bump search", bumpClass,
+                                          [&](auto layout, const auto& views, uint8_t* verdict) {
+                                              return k_judgeBumps<T, decltype(layout)>{views, verdict, par};
+                                          });
+    if (marked < 0)
         return;
-    }
-    c.visit([&](auto layout) {
-        using L = decltype(layout);
-        orderedXyz(c, layout);
-        const auto views = c.views(layout);
-        const LaunchConfig cfg = c.launchConfig(n);
-        launch(cfg, n, k_judgeBumps<T, L>{views, verdict.data(), par});
-        c.checkDeviceError();
-        launch(cfg, n, k_markVerdicts<T, L>{views, verdict.data(), bumpClass});
-        c.checkDeviceError();
-    });
-    c.msg(2, "Ground bumps:", countIf(verdict.data(), n, IsMarked{}));
+    c.msg(2, "Ground bumps:", marked);
     c.msg(2, "Ground bump search done!");
 }
 

@@ -2,11 +2,8 @@
 #pragma once
 
 #include "core/StepContext.h"
-#include "exec/Algorithms.h"
-#include "exec/Buffer.h"
-#include "exec/Launch.h"
 #include "steps/common/HeightAboveGroundState.h"
-#include "steps/common/OrderedCoordinates.h"
+#include "steps/common/JudgeAndMark.h"
 #include "steps/common/PlanarGrid.h"
 #include "steps/common/StepDrivers.h"
 #include "steps/rims/kernels.h"
@@ -37,23 +34,13 @@ template <class T> void runRims(StepContext<T>& c)
     const RimParams<T> par{p.RimRange, p.RimDistance, p.RimHeight, groundClass};
     c.msg(4, "Rim range, distance, height:",
           toText(par.range) + " " + toText(par.distance) + " " + toText(par.height));
-    Buffer<uint8_t> verdict(c.backend(), static_cast<std::size_t>(n));
-    c.checkDeviceError();
-    if (!verdict) {
-        c.msg(0, "ERROR! Ground rim search aborted - too little memory!");
+    const long long marked = judgeAndMark(
+        c, "Ground rim search", groundClass, [&](auto layout, const auto& views, uint8_t* verdict) {
+            return k_judgeRims<T, decltype(layout)>{views, heights.heights.data(), verdict, par};
+        });
+    if (marked < 0)
         return;
-    }
-    c.visit([&](auto layout) {
-        using L = decltype(layout);
-        orderedXyz(c, layout);
-        const auto views = c.views(layout);
-        const LaunchConfig cfg = c.launchConfig(n);
-        launch(cfg, n, k_judgeRims<T, L>{views, heights.heights.data(), verdict.data(), par});
-        c.checkDeviceError();
-        launch(cfg, n, k_markVerdicts<T, L>{views, verdict.data(), groundClass});
-        c.checkDeviceError();
-    });
-    c.msg(2, "Ground rim points:", countIf(verdict.data(), n, IsMarked{}));
+    c.msg(2, "Ground rim points:", marked);
     c.msg(2, "Ground rim search done!");
 }
 

@@ -4,11 +4,9 @@
 #pragma once
 
 #include "core/StepContext.h"
-#include "exec/Algorithms.h"
 #include "exec/Buffer.h"
-#include "exec/Launch.h"
 #include "steps/common/HeightAboveGroundState.h"
-#include "steps/common/OrderedCoordinates.h"
+#include "steps/common/JudgeAndMark.h"
 #include "steps/common/PlanarGrid.h"
 #include "steps/common/StepDrivers.h"
 #include "steps/roofs/kernels.h"
@@ -76,26 +74,21 @@ template <class T> void runRoofEchoes(StepContext<T>& c)
 
     const RoofEchoParams<T> par{c.par().EchoRange,       c.par().EchoMinHeight, c.par().EchoMinPoints,
                                 c.par().EchoSingleShare, c.par().EchoRoughness, buildingClass};
-    const Backend be = c.backend();
-    Buffer<uint8_t> counts(be, static_cast<std::size_t>(n)), verdict(be, static_cast<std::size_t>(n));
+    Buffer<uint8_t> counts(c.backend(), static_cast<std::size_t>(n));
     c.checkDeviceError();
-    if (!counts || !verdict) {
+    if (!counts) {
         c.msg(0, "ERROR! Roof search by echoes aborted - too little memory!");
         return;
     }
     counts.upload(returns.data(), static_cast<std::size_t>(n));
-    const LaunchConfig cfg = c.launchConfig(n);
-    c.visit([&](auto layout) {
-        using L = decltype(layout);
-        orderedXyz(c, layout);
-        const auto views = c.views(layout);
-        launch(cfg, n,
-               k_judgeRoofEchoes<T, L>{views, heights.heights.data(), counts.data(), verdict.data(), par});
-        c.checkDeviceError();
-        launch(cfg, n, k_markVerdicts<T, L>{views, verdict.data(), buildingClass});
-        c.checkDeviceError();
-    });
-    c.msg(2, "Roof points by echoes:", countIf(verdict.data(), n, IsMarked{}));
+    const long long marked = judgeAndMark(c, "Roof search by echoes", buildingClass,
+                                          [&](auto layout, const auto& views, uint8_t* verdict) {
+                                              return k_judgeRoofEchoes<T, decltype(layout)>{
+                                                  views, heights.heights.data(), counts.data(), verdict, par};
+                                          });
+    if (marked < 0)
+        return;
+    c.msg(2, "Roof points by echoes:", marked);
     c.msg(2, "Roof search by echoes done!");
 }
 
